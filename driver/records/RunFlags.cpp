@@ -1,0 +1,7 @@
+#include "driver/records/RunFlags.h"
+
+namespace mosaicer {
+
+RunFlagValues RunFlags;
+
+} // namespace mosaicer

@@ -1,0 +1,1 @@
+set(expression_sources)

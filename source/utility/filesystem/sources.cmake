@@ -1,0 +1,1 @@
+set(filesystem_sources)

@@ -1,0 +1,1 @@
+set(image_sources)

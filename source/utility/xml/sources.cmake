@@ -1,0 +1,1 @@
+set(xml_sources)
