@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Runs every fuzz target for some seconds (default 10) from its seeds. A finding ends the run and leaves its input in
+# build/fuzz. Needs clang.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-10}
+
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz
+for target in build/fuzz/fuzz/fuzz_*; do
+  [ -f "$target" ] && [ -x "$target" ] || continue
+  name=$(basename "$target"); name=${name#fuzz_}
+  corpus=build/fuzz/corpus/$name
+  mkdir -p "$corpus"
+  echo "-- $name"
+  "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=0 -verbosity=0 \
+    -artifact_prefix="build/fuzz/$name-" "$corpus" "fuzz/seeds/$name"
+done
