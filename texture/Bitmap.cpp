@@ -1,19 +1,158 @@
 #include "texture/Bitmap.h"
 
+#include "texture/OutputFile.h"
+
 #include <FreeImage.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace mosaicer {
+namespace {
 
-Bitmap::Bitmap(std::int32_t width, std::int32_t height) : width_(width), height_(height) {
-    handle_ = FreeImage_Allocate(width, height, 32, 0, 0, 0);
-    if (handle_ == nullptr)
-        throw std::runtime_error("Unable to allocate an image of " + std::to_string(width) + " by " +
-                                 std::to_string(height) + " pixels");
-    bits_ = FreeImage_GetBits(handle_);
+struct Unload {
+    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+};
+using Handle = std::unique_ptr<FIBITMAP, Unload>;
+
+void drop_message(FREE_IMAGE_FORMAT /*format*/, const char* /*text*/) {}
+
+/// Holds the library's plugins for as long as the process lives. A shared library counts the calls; a static one
+/// needs them.
+class Library {
+public:
+    Library() {
+        FreeImage_Initialise(/*load_local_plugins_only=*/TRUE);
+        // What is wrong with a file is told by the caller, with the file's name.
+        FreeImage_SetOutputMessage(drop_message);
+    }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() { FreeImage_DeInitialise(); }
+};
+
+void use_library() {
+    static const Library library;
 }
+
+FREE_IMAGE_FORMAT library_format(BitmapFormat format) {
+    switch (format) {
+    case BitmapFormat::png:
+        return FIF_PNG;
+    case BitmapFormat::tga:
+        return FIF_TARGA;
+    case BitmapFormat::bmp:
+        break;
+    }
+    return FIF_BMP;
+}
+
+using FileHead = std::array<std::uint8_t, 34>;
+
+std::int64_t little_endian(const FileHead& head, std::size_t offset, std::size_t count) {
+    std::int64_t value = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        value |= std::int64_t{head[offset + i]} << (8 * i);
+    return value;
+}
+
+/// The least number of bytes that a file needs for a picture. `bits` is the pixel size that the library sees.
+std::int64_t least_file_size(BitmapFormat format, const FileHead& head, std::int64_t width, std::int64_t height,
+                             std::int64_t bits) {
+    const std::int64_t pixels = width * height;
+    switch (format) {
+    case BitmapFormat::png:
+        // Deflate turns one byte into 1,032 at best, and a byte holds at most 8 pixels.
+        return pixels / 8 / 1032;
+    case BitmapFormat::tga: {
+        // Run-length types have numbers from 9 on; a packet covers 128 pixels.
+        const std::int64_t colour_map = head[1] == 0 ? 0 : little_endian(head, 5, 2) * ((head[7] + 7) / 8);
+        return head[2] >= 9 ? pixels / 128 : 18 + head[0] + colour_map + pixels * ((head[16] + 7) / 8);
+    }
+    case BitmapFormat::bmp:
+        break;
+    }
+    // Compression 1 and 2 are run lengths, where a file may also end early or skip; 16,384 pixels a byte are beyond
+    // use.
+    const bool has_compression_field = little_endian(head, 14, 4) >= 40;
+    if (has_compression_field && (head[30] == 1 || head[30] == 2))
+        return pixels / 16384;
+    // Rows are filled up to 4 bytes; some writers leave the last row's filling out.
+    return little_endian(head, 10, 4) + (width * bits + 31) / 32 * 4 * height - 3;
+}
+
+/// Asks for the header alone, so that a short file cannot make us take memory for a picture that it does not hold.
+bool size_is_plausible(const std::string& path, BitmapFormat format) {
+    const Handle header(FreeImage_Load(library_format(format), path.c_str(), FIF_LOAD_NOPIXELS));
+    if (header == nullptr)
+        return false;
+    const std::int64_t width = FreeImage_GetWidth(header.get());
+    const std::int64_t height = FreeImage_GetHeight(header.get());
+    if (width < 1 || height < 1 || width > max_image_side || height > max_image_side ||
+        width * height > max_image_pixels)
+        return false;
+
+    FileHead head{};
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(head.data()), head.size());
+    std::error_code error;
+    const std::uintmax_t file_size = std::filesystem::file_size(path, error);
+    return !error && static_cast<std::uintmax_t>(
+                         least_file_size(format, head, width, height, FreeImage_GetBPP(header.get()))) <= file_size;
+}
+
+unsigned write_to_file(void* buffer, unsigned size, unsigned count, fi_handle handle) {
+    auto& file = *static_cast<OutputFile*>(handle);
+    file.write(buffer, std::size_t{size} * count);
+    return file.good() ? count : 0;
+}
+
+int seek_in_file(fi_handle handle, long offset, int origin) {
+    auto& file = *static_cast<OutputFile*>(handle);
+    const int result = std::fseek(file.handle(), offset, origin);
+    if (result != 0)
+        file.fail();
+    return result;
+}
+
+long tell_in_file(fi_handle handle) {
+    return std::ftell(static_cast<OutputFile*>(handle)->handle());
+}
+
+unsigned read_nothing(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) {
+    return 0;
+}
+
+bool inside(std::int64_t left, std::int64_t top, std::int64_t right, std::int64_t bottom, const Bitmap& bitmap) {
+    return left >= 0 && top >= 0 && right <= bitmap.width() && bottom <= bitmap.height();
+}
+
+FIBITMAP* require(FIBITMAP* handle, const char* operation, std::int32_t width, std::int32_t height) {
+    if (handle == nullptr)
+        throw std::runtime_error(std::string("Unable to ") + operation + " an image of " + std::to_string(width) +
+                                 " by " + std::to_string(height) + " pixels");
+    return handle;
+}
+
+} // namespace
+
+Bitmap::Bitmap(std::int32_t width, std::int32_t height)
+    : Bitmap(require(width < 1 || height < 1 ? nullptr : FreeImage_Allocate(width, height, 32, 0, 0, 0), "allocate",
+                     width, height)) {}
+
+Bitmap::Bitmap(FIBITMAP* handle)
+    : handle_(handle),
+      bits_(FreeImage_GetBits(handle)),
+      width_(static_cast<std::int32_t>(FreeImage_GetWidth(handle))),
+      height_(static_cast<std::int32_t>(FreeImage_GetHeight(handle))) {}
 
 Bitmap::Bitmap(Bitmap&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)),
@@ -32,6 +171,73 @@ Bitmap& Bitmap::operator=(Bitmap&& other) noexcept {
 Bitmap::~Bitmap() {
     if (handle_ != nullptr)
         FreeImage_Unload(handle_);
+}
+
+std::optional<Bitmap> Bitmap::load(const std::string& path, BitmapFormat format) {
+    use_library();
+    if (!size_is_plausible(path, format))
+        return std::nullopt;
+    Handle loaded(FreeImage_Load(library_format(format), path.c_str(), 0));
+    if (loaded == nullptr)
+        return std::nullopt;
+    // The conversion of an image that is 32 bits already would be a mere copy.
+    if (FreeImage_GetImageType(loaded.get()) != FIT_BITMAP || FreeImage_GetBPP(loaded.get()) != 32)
+        loaded.reset(FreeImage_ConvertTo32Bits(loaded.get()));
+    if (loaded == nullptr)
+        return std::nullopt;
+    return Bitmap(loaded.release());
+}
+
+bool Bitmap::save(const std::string& path, BitmapFormat format) const {
+    use_library();
+    OutputFile file(path);
+    if (!file.good())
+        return false;
+    // The library's own file output does not look at the results of its writes: a full disk would pass unseen.
+    FreeImageIO io{read_nothing, write_to_file, seek_in_file, tell_in_file};
+    if (FreeImage_SaveToHandle(library_format(format), handle_, &io, &file, 0) == FALSE)
+        file.fail();
+    if (!file.close())
+        file.discard();
+    return file.good();
+}
+
+Bitmap Bitmap::rescale(std::int32_t width, std::int32_t height, RescaleFilter filter) const {
+    return Bitmap(require(FreeImage_Rescale(handle_, width, height, static_cast<FREE_IMAGE_FILTER>(filter)), "make",
+                          width, height));
+}
+
+std::optional<Bitmap> Bitmap::copy(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) const {
+    if (left >= right || top >= bottom || !inside(left, top, right, bottom, *this))
+        return std::nullopt;
+    Bitmap part(right - left, bottom - top);
+    for (std::int32_t y = top; y < bottom; ++y)
+        std::memcpy(part.row(y - top), row(y) + std::ptrdiff_t{left} * 4, static_cast<std::size_t>(right - left) * 4);
+    return part;
+}
+
+bool Bitmap::paste(const Bitmap& source, std::int32_t left, std::int32_t top) {
+    if (!inside(left, top, std::int64_t{left} + source.width(), std::int64_t{top} + source.height(), *this))
+        return false;
+    for (std::int32_t y = 0; y < source.height(); ++y)
+        std::memcpy(row(top + y) + std::ptrdiff_t{left} * 4, source.row(y),
+                    static_cast<std::size_t>(source.width()) * 4);
+    return true;
+}
+
+Bitmap Bitmap::rotate(std::int32_t degrees) const {
+    // The library turns the other way round. Multiples of 90 move pixels and mix none.
+    FIBITMAP* turned = degrees == 90 || degrees == 180 || degrees == 270
+                           ? FreeImage_Rotate(handle_, -static_cast<double>(degrees), nullptr)
+                           : FreeImage_Clone(handle_);
+    return Bitmap(require(turned, "rotate", width_, height_));
+}
+
+bool Bitmap::set_pixel(std::int32_t x, std::int32_t y, std::span<const std::uint8_t, 4> bgra) {
+    if (x < 0 || y < 0 || x >= width_ || y >= height_)
+        return false;
+    std::copy(bgra.begin(), bgra.end(), row(y) + std::ptrdiff_t{x} * 4);
+    return true;
 }
 
 } // namespace mosaicer

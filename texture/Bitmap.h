@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -12,15 +11,38 @@ struct FIBITMAP;
 
 namespace mosaicer {
 
+/// The image files that are decoded and encoded by the bitmap library; DDS files have a reader of their own.
+enum class BitmapFormat { bmp, png, tga };
+
+/// The resampling filters of Bitmap::rescale, with the library's numbers.
+enum class RescaleFilter : std::int32_t { box = 0, bicubic = 1, bilinear = 2, bspline = 3, catmull_rom = 4 };
+
+/// The longest side and the greatest area of an image file that is decoded. 2^28 pixels take 1 GiB.
+constexpr std::int32_t max_image_side = 65536;
+constexpr std::int64_t max_image_pixels = std::int64_t{1} << 28;
+
 /// An image with 32 bits a pixel: blue, green, red, alpha bytes, rows packed, the first stored row at the bottom of the
-/// picture. Moves only; the bitmap is freed with its holder.
+/// picture. Moves only; the bitmap is freed with its holder. A moved-from bitmap may only be assigned to or destroyed.
+///
+/// Positions called x, y or left, top count from the top left of the picture, unless told otherwise.
 class Bitmap {
 public:
-    /// Pixels are zero. Throws std::runtime_error when the memory is not to be had.
+    /// Pixels are zero. Throws std::runtime_error when a side is below 1 or the memory is not to be had.
     Bitmap(std::int32_t width, std::int32_t height);
-    Bitmap(Bitmap&&) noexcept;
-    Bitmap& operator=(Bitmap&&) noexcept;
+    Bitmap(Bitmap&& other) noexcept;
+    Bitmap& operator=(Bitmap&& other) noexcept;
+    Bitmap(const Bitmap&) = delete;
+    Bitmap& operator=(const Bitmap&) = delete;
     ~Bitmap();
+
+    /// Decodes a file and converts it to 32 bits. Empty when the file is missing, malformed, of a kind that has no such
+    /// conversion (16-bit grey, floats), or tells a size beyond max_image_side, max_image_pixels or what a file of its
+    /// length can hold.
+    static std::optional<Bitmap> load(const std::string& path, BitmapFormat format);
+
+    /// Writes the file with the library's default settings. False when it cannot be opened or written in full; then
+    /// nothing half-written stays.
+    bool save(const std::string& path, BitmapFormat format) const;
 
     std::int32_t width() const { return width_; }
     std::int32_t height() const { return height_; }
@@ -29,8 +51,33 @@ public:
     std::span<std::uint8_t> pixels() { return {bits_, byte_count()}; }
     std::span<const std::uint8_t> pixels() const { return {bits_, byte_count()}; }
 
+    /// The bytes of the row at `y`, counted from the top of the picture; width * 4 bytes.
+    std::uint8_t* row(std::int32_t y) { return bits_ + row_offset(y); }
+    const std::uint8_t* row(std::int32_t y) const { return bits_ + row_offset(y); }
+
+    /// The whole image, resampled. Throws std::runtime_error for a side below 1.
+    Bitmap rescale(std::int32_t width, std::int32_t height, RescaleFilter filter) const;
+
+    /// The rectangle with `right` and `bottom` exclusive. Empty when it is empty or leaves the picture.
+    std::optional<Bitmap> copy(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) const;
+
+    /// Replaces a rectangle, alpha included. False, and nothing changed, unless the source lies wholly inside.
+    bool paste(const Bitmap& source, std::int32_t left, std::int32_t top);
+
+    /// The picture turned clockwise by 90, 180 or 270 degrees; any other angle gives a plain copy.
+    Bitmap rotate(std::int32_t degrees) const;
+
+    /// Sets the four bytes blue, green, red, alpha of one pixel. False, and nothing changed, outside the picture.
+    bool set_pixel(std::int32_t x, std::int32_t y, std::span<const std::uint8_t, 4> bgra);
+
 private:
+    /// Takes over a bitmap of 32 bits a pixel.
+    explicit Bitmap(FIBITMAP* handle);
+
     std::size_t byte_count() const { return static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_) * 4; }
+    std::size_t row_offset(std::int32_t y) const {
+        return static_cast<std::size_t>(height_ - 1 - y) * static_cast<std::size_t>(width_) * 4;
+    }
 
     FIBITMAP* handle_ = nullptr;
     std::uint8_t* bits_ = nullptr;
