@@ -18,9 +18,6 @@
 namespace compression {
 namespace {
 
-/// False while the block compressor is a stand-in: formats 0 to 3 then fail instead of writing wrong bytes.
-constexpr bool block_compressor_present = false;
-
 std::string& profile_path() {
     static std::string path;
     return path;
@@ -37,10 +34,7 @@ std::int32_t check_options(const CompressionOptions& options) {
     if (!options_are_supported(options) || !known_mip_type || !known_rescaling ||
         !is_filter_index(options.g_mip_filter_type) || !is_filter_index(options.rescale_filter))
         return UNSUPPORTED_OPTION;
-    const bool writable = is_block_format(options.g_texture_format)
-                              ? block_compressor_present
-                              : level_byte_count(options.g_texture_format, 1, 1) > 0;
-    return writable ? OK : UNSUPPORTED_FILE;
+    return level_byte_count(options.g_texture_format, 1, 1) > 0 ? OK : UNSUPPORTED_FILE;
 }
 
 std::int32_t check_levels(std::span<const LevelImage> levels) {

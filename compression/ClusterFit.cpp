@@ -1,0 +1,240 @@
+#include "compression/ClusterFit.h"
+
+#include "compression/DistinctColours.h"
+#include "compression/LatticeSearch.h"
+#include "compression/LineFit.h"
+#include "compression/SolidColour.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+
+namespace compression {
+namespace {
+
+void hold_to_unit(double& value) {
+    value = std::min(std::max(value, 0.0), 1.0);
+}
+
+struct Symmetric {
+    double xx, xy, xz, yy, yz, zz;
+
+    double trace() const { return xx + yy + zz; }
+    Symmetric squared() const {
+        return {xx * xx + xy * xy + xz * xz, xx * xy + xy * yy + xz * yz, xx * xz + xy * yz + xz * zz,
+                xy * xy + yy * yy + yz * yz, xy * xz + yy * yz + yz * zz, xz * xz + yz * yz + zz * zz};
+    }
+    Symmetric scaled(double s) const { return {xx * s, xy * s, xz * s, yy * s, yz * s, zz * s}; }
+};
+
+Vector3 principal_axis(std::span<const Vector3> pixels) {
+    Symmetric m{};
+    for (const Vector3& q : pixels) {
+        m.xx += q[0] * q[0];
+        m.xy += q[0] * q[1];
+        m.xz += q[0] * q[2];
+        m.yy += q[1] * q[1];
+        m.yz += q[1] * q[2];
+        m.zz += q[2] * q[2];
+    }
+    for (int round = 0; round < 3; ++round) {
+        m = m.scaled(3.5 / m.trace());
+        for (int i = 0; i < 8; ++i)
+            m = m.squared();
+    }
+    const std::array<Vector3, 3> columns{Vector3{m.xx, m.xy, m.xz}, {m.xy, m.yy, m.yz}, {m.xz, m.yz, m.zz}};
+    const std::size_t largest = m.xx <= m.yy ? (m.yy <= m.zz ? 2 : 1) : (m.xx <= m.zz ? 2 : 0);
+    Vector3 axis{};
+    for (std::size_t c = 0; c < 3; ++c)
+        axis[c] = columns[largest][c] / std::sqrt(columns[largest][largest]);
+    return axis;
+}
+
+Vector3 farthest_difference(const DistinctColours& colours) {
+    Vector3 farthest{};
+    double distance = -1;
+    for (std::size_t a = 0; a < colours.count; ++a)
+        for (std::size_t b = a + 1; b < colours.count; ++b) {
+            Vector3 difference{};
+            for (std::size_t c = 0; c < 3; ++c)
+                difference[c] = colours.centred[a][c] - colours.centred[b][c];
+            const double squared = dot(difference, difference);
+            if (squared > distance) {
+                distance = squared;
+                farthest = difference;
+            }
+        }
+    for (double& component : farthest)
+        component /= std::sqrt(distance);
+    return farthest;
+}
+
+/// Which of two equal projections comes first: the earlier or the later colour.
+enum class TieMode { earlier, later };
+
+Order sort_by(const DistinctColours& colours, const Vector3& axis, TieMode ties) {
+    std::array<double, 16> keys{};
+    for (std::size_t k = 0; k < colours.count; ++k)
+        keys[k] = dot(colours.centred[k], axis);
+    Order order{};
+    for (std::size_t k = 0; k < colours.count; ++k)
+        order[k] = static_cast<std::uint8_t>(k);
+    std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(colours.count),
+              [&](std::uint8_t a, std::uint8_t b) {
+                  if (keys[a] != keys[b])
+                      return keys[a] < keys[b];
+                  return ties == TieMode::earlier ? a < b : a > b;
+              });
+    return order;
+}
+
+/// The last 16 orders that the rounds of a fit have come to.
+class OrderRing {
+public:
+    explicit OrderRing(std::size_t count) : count_(count) {}
+
+    /// Puts the order by `axis` into the ring, with the other tie mode if it is known. False if it is known either way.
+    bool add(const DistinctColours& colours, const Vector3& axis, Order& order) {
+        const std::size_t slot = added_++ % ring_.size();
+        for (const TieMode ties : {TieMode::earlier, TieMode::later}) {
+            order = ring_[slot] = sort_by(colours, axis, ties);
+            if (!is_known(slot))
+                return true;
+        }
+        return false;
+    }
+
+private:
+    bool is_known(std::size_t slot) const {
+        const std::size_t filled = std::min(added_, ring_.size());
+        for (std::size_t i = 0; i < filled; ++i)
+            if (i != slot && matches(ring_[i], ring_[slot]))
+                return true;
+        return false;
+    }
+    bool matches(const Order& a, const Order& b) const {
+        const auto end = static_cast<std::ptrdiff_t>(count_);
+        return std::equal(a.begin(), a.begin() + end, b.begin()) ||
+               std::equal(a.begin(), a.begin() + end, std::make_reverse_iterator(b.begin() + end));
+    }
+
+    std::size_t count_;
+    std::size_t added_ = 0;
+    std::array<Order, 16> ring_{};
+};
+
+struct Pass {
+    Order order{};
+    bool fitted = false;
+    LineFit fit;
+};
+
+bool leaves_box(const LineFit& fit, const Vector3& mean, const Vector3& weights) {
+    for (std::size_t c = 0; c < 3; ++c)
+        for (const double end : {fit.end0[c], fit.end1[c]})
+            if (end < -mean[c] || end > weights[c] - mean[c])
+                return true;
+    return false;
+}
+
+// Rounds of fit and order, until an order is known.
+template <typename Fit>
+void run_pass(Pass& pass, OrderRing& ring, const DistinctColours& colours, int rounds, const Vector3* first_axis,
+              const Fit& fit) {
+    for (int round = 0; round < rounds; ++round) {
+        Vector3 axis{};
+        if (round == 0 && first_axis != nullptr) {
+            axis = *first_axis;
+        } else {
+            pass.fit = fit(pass.order);
+            pass.fitted = true;
+            axis = pass.fit.axis;
+        }
+        if (!ring.add(colours, axis, pass.order))
+            return;
+    }
+}
+
+LineFit search_line(const DistinctColours& colours, const Vector3& weights, int step_limit) {
+    constexpr int line_rounds = 17;
+    constexpr int box_rounds = 9;
+    const auto free_fit = [&](const Order& order) { return fit_line(colours, order, step_limit); };
+    const auto box_fit = [&](const Order& order) { return fit_line_in_box(colours, order, step_limit, weights); };
+    OrderRing ring(colours.count);
+    Pass first;
+    first.order =
+        sort_by(colours, principal_axis({colours.centred_pixels.data(), colours.pixel_count}), TieMode::earlier);
+    run_pass(first, ring, colours, line_rounds, nullptr, free_fit);
+    Pass second;
+    second.order = first.order;
+    const Vector3 farthest = farthest_difference(colours);
+    run_pass(second, ring, colours, line_rounds, &farthest, free_fit);
+    Pass best = second.fitted && second.fit.score <= first.fit.score ? second : first;
+    if (leaves_box(best.fit, colours.mean, weights))
+        run_pass(best, ring, colours, box_rounds, nullptr, box_fit);
+    return best.fit;
+}
+
+// A row gives new ends from a fit's: a e0 + b e1 and c e0 + d e1.
+struct EndRow {
+    int fitted_colours;
+    int levels;
+    double a, b, c, d;
+};
+// Two groups may be the ends of a palette or neighbours in it; three groups may be neighbours among four.
+constexpr std::array end_rows{
+    EndRow{2, 3, 2, -1, 0, 1},     EndRow{2, 3, 1, 0, -1, 2},     EndRow{2, 4, 1, 0, 0, 1},
+    EndRow{2, 4, 1, 0, -2, 3},     EndRow{2, 4, 3, -2, 0, 1},     EndRow{2, 4, 2, -1, -1, 2},
+    EndRow{2, 4, 1.5, -0.5, 0, 1}, EndRow{2, 4, 1, 0, -0.5, 1.5}, EndRow{3, 4, 1.5, -0.5, 0, 1},
+    EndRow{3, 4, 1, 0, -0.5, 1.5},
+};
+
+// Moves the ends onto the lattice and writes the block's results.
+void lattice_step(BlockContext& block, const DistinctColours& colours, int fitted_colours, int colour_limit,
+                  const Vector3& e0, const Vector3& e1) {
+    LatticeResult best = lattice_search(colours, block.weights, fitted_colours == 4 ? 4 : 3, e0, e1);
+    for (const EndRow& row : end_rows) {
+        if (row.fitted_colours != fitted_colours || row.levels > colour_limit)
+            continue;
+        Vector3 f0{};
+        Vector3 f1{};
+        for (std::size_t c = 0; c < 3; ++c) {
+            f0[c] = row.a * e0[c] + row.b * e1[c];
+            f1[c] = row.c * e0[c] + row.d * e1[c];
+        }
+        const LatticeResult result = lattice_search(colours, block.weights, row.levels, f0, f1);
+        if (result.error < best.error)
+            best = result;
+    }
+    block.colour_count = best.levels;
+    block.end0 = best.end0;
+    block.end1 = best.end1;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i)
+        block.indices[i] = best.indices[colours.of_pixel[i]];
+}
+
+} // namespace
+
+void cluster_fit(BlockContext& block, int colour_limit) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i)
+        std::for_each(block.colours[i].begin(), block.colours[i].end(), hold_to_unit);
+    std::for_each(block.weights.begin(), block.weights.end(), hold_to_unit);
+
+    const DistinctColours colours(block);
+    if (is_single_colour(block) || colours.count == 1)
+        return fit_solid_colour(block, colours.weighted[0], colour_limit);
+    const bool four = block.colour_mode == COLOUR_MODE_FOUR;
+    if (colours.count == 2)
+        return lattice_step(block, colours, four ? 4 : 2, colour_limit, colours.weighted[0], colours.weighted[1]);
+
+    const LineFit fit = search_line(colours, block.weights, colour_limit - 1);
+    Vector3 e0{};
+    Vector3 e1{};
+    for (std::size_t c = 0; c < 3; ++c) {
+        e0[c] = fit.end0[c] + colours.mean[c];
+        e1[c] = fit.end1[c] + colours.mean[c];
+    }
+    lattice_step(block, colours, four ? 4 : fit.steps + 1, colour_limit, e0, e1);
+}
+
+} // namespace compression

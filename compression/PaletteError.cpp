@@ -1,0 +1,53 @@
+#include "compression/PaletteError.h"
+
+#include "compression/ColourLattice.h"
+
+namespace compression {
+
+Palette make_palette(const std::array<int, 3>& end0, const std::array<int, 3>& end1, int colour_count, int format) {
+    Palette palette;
+    palette.size = colour_count == 3 && format != 0 ? 3 : 4;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const int p0 = expand_bits(end0[c], channel_bits[c]);
+        const int p1 = expand_bits(end1[c], channel_bits[c]);
+        const bool three = colour_count == 3;
+        palette.entries[0][c] = p0;
+        palette.entries[1][c] = p1;
+        palette.entries[2][c] = three ? (p0 + p1) / 2 : (2 * p0 + p1) / 3;
+        palette.entries[3][c] = three ? 0 : (p0 + 2 * p1) / 3;
+    }
+    return palette;
+}
+
+namespace {
+
+double entry_error(const BlockContext& block, std::size_t pixel, const std::array<int, 3>& entry) {
+    double error = 0;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const double difference = block.weights[c] * (block.colours[pixel][c] * 255.0 - entry[c]);
+        error += difference * difference;
+    }
+    return error;
+}
+
+} // namespace
+
+double evaluate_palette(BlockContext& block) {
+    const Palette palette = make_palette(block.end0, block.end1, block.colour_count, block.format);
+    double sum = 0;
+    for (std::size_t pixel = 0; pixel < static_cast<std::size_t>(block.count); ++pixel) {
+        double best = entry_error(block, pixel, palette.entries[0]);
+        block.indices[pixel] = 0;
+        for (std::size_t entry = 1; entry < static_cast<std::size_t>(palette.size); ++entry) {
+            const double error = entry_error(block, pixel, palette.entries[entry]);
+            if (error < best) {
+                best = error;
+                block.indices[pixel] = static_cast<std::uint8_t>(entry);
+            }
+        }
+        sum += best;
+    }
+    return sum;
+}
+
+} // namespace compression
