@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <memory>
 #include <vector>
 
 namespace mosaicer {
@@ -12,9 +11,13 @@ namespace {
 
 constexpr std::size_t most_group_rows = 16; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
 
+/// Pixels that are turned together. The rows of a picture often lie a power of two apart and so share a few cache sets;
+/// turned pixel by pixel, 16 of them would push each other out.
+constexpr std::size_t tile = 16;
+
 /// The rows of a group in turned order: sample (x, row) at [x * rows + row].
 struct RowGroup {
-    std::size_t rows; ///< lanes, a power of two; those beyond the picture hold zeros
+    std::size_t rows; ///< lanes, a power of two; those beyond the picture hold any numbers
     std::vector<double> samples;
 };
 
@@ -27,10 +30,15 @@ std::array<double, 256> decoding_table() {
 
 void decode_rows(const std::uint8_t* pixels, std::size_t width, std::size_t rows, RowGroup& group) {
     static const std::array<double, 256> decoded = decoding_table();
-    double* sample = group.samples.data();
-    for (std::size_t x = 0; x < width; ++x, sample += group.rows, pixels += 4)
-        for (std::size_t row = 0; row < rows; ++row)
-            sample[row] = decoded[pixels[row * width * 4]];
+    for (std::size_t left = 0; left < width; left += tile) {
+        const std::size_t right = std::min(left + tile, width);
+        for (std::size_t row = 0; row < rows; ++row) {
+            const std::uint8_t* source = pixels + row * width * 4;
+            double* target = group.samples.data() + row;
+            for (std::size_t x = left; x < right; ++x)
+                target[x * group.rows] = decoded[source[x * 4]];
+        }
+    }
 }
 
 /// Sweeps a group along x: outputs[j * group.rows + row] for all outputs of the filter.
@@ -80,61 +88,20 @@ private:
     std::array<double, max_segments * most_group_rows> sums_{};
 };
 
-/// One level behind its x axis, as many rows as the source.
-struct HalfFiltered {
-    const LevelFilter* filter;
-    Bitmap* target;
-    std::size_t pitch; ///< floats
-    std::unique_ptr<float[]> samples;
-};
-
-HalfFiltered half_filtered(const LevelFilter& filter, Bitmap& target, std::size_t source_rows) {
-    const std::size_t pitch = (filter.x.outputs + 3) / 4 * 4;
-    // Columns beyond the level are summed with the others and never stored, but they must hold numbers.
-    return {&filter, &target, pitch, std::make_unique<float[]>(pitch * source_rows)};
-}
-
-/// Turns a group's outputs back into rows of the level.
-void store_rows(const std::vector<float>& outputs, std::size_t group_rows, std::size_t rows, std::size_t first_row,
-                HalfFiltered& level) {
-    for (std::size_t row = 0; row < rows; ++row) {
-        float* target = level.samples.get() + (first_row + row) * level.pitch;
-        for (std::size_t x = 0; x < level.filter->x.outputs; ++x)
-            target[x] = outputs[x * group_rows + row];
+/// Turns a group's outputs back into rows of a level.
+void store_rows(const std::vector<float>& outputs, std::size_t group_rows, std::size_t rows, std::size_t width,
+                float* target, std::size_t pitch) {
+    for (std::size_t left = 0; left < width; left += tile) {
+        const std::size_t right = std::min(left + tile, width);
+        for (std::size_t row = 0; row < rows; ++row)
+            for (std::size_t x = left; x < right; ++x)
+                target[row * pitch + x] = outputs[x * group_rows + row];
     }
 }
 
-void filter_rows(const Bitmap& base, std::size_t channel, std::span<HalfFiltered> levels,
-                 const DownsampleKernels& kernels) {
-    const auto width = static_cast<std::size_t>(base.width());
-    const auto height = static_cast<std::size_t>(base.height());
-    RowGroup group{height > 8 ? most_group_rows : height > 4 ? 8u : 4u, {}};
-    group.samples.resize(width * group.rows);
-    std::vector<float> outputs(levels.front().filter->x.outputs * group.rows);
-    for (std::size_t y = 0; y < height; y += group.rows) {
-        const std::size_t rows = std::min(group.rows, height - y);
-        decode_rows(base.pixels().data() + y * width * 4 + channel, width, rows, group);
-        for (HalfFiltered& level : levels) {
-            RowFilter(level.filter->x, group, kernels, outputs.data()).run();
-            store_rows(outputs, group.rows, rows, y, level);
-        }
-    }
-}
-
-void filter_columns(const HalfFiltered& level, std::size_t channel, const DownsampleKernels& kernels) {
-    const AxisFilter& axis = level.filter->y;
-    std::vector<float> row(level.pitch);
-    std::uint8_t* pixel = level.target->pixels().data() + channel;
-    for (std::size_t y = 0; y < axis.outputs; ++y) {
-        kernels.sweep_columns({.rows = level.samples.get(),
-                               .pitch = level.pitch,
-                               .positions = axis.positions.data() + y * axis.block,
-                               .taps = axis.taps.data(),
-                               .tap_count = axis.block,
-                               .outputs = row.data()});
-        for (std::size_t x = 0; x < level.filter->x.outputs; ++x, pixel += 4)
-            *pixel = encoded_byte(row[x]);
-    }
+/// The number of floats between rows of a level behind its x axis.
+std::size_t pitch_of(const LevelFilter& filter) {
+    return (filter.x.outputs + 3) / 4 * 4;
 }
 
 } // namespace
@@ -146,22 +113,72 @@ LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int3
       x(base.width(), level_width, kernel, AxisFilter::Layout::shared_blocks),
       y(base.height(), level_height, kernel, AxisFilter::Layout::separate_windows) {}
 
-void filter_plane(const Bitmap& base, std::size_t channel, std::span<const LevelFilter> filters,
-                  std::span<Bitmap> targets, const DownsampleKernels& kernels) {
-    assert(filters.size() == targets.size());
+PlaneFilter::PlaneFilter(const Bitmap& base, std::span<const LevelFilter> filters, const DownsampleKernels& kernels)
+    : base_(base),
+      filters_(filters),
+      kernels_(kernels),
+      group_rows_(base.height() > 8   ? most_group_rows
+                  : base.height() > 4 ? 8u
+                                      : 4u) {
     const auto width = static_cast<std::size_t>(base.width());
-    const auto height = static_cast<std::size_t>(base.height());
-    // The levels of a usual picture go in one batch, being half as wide each time. In a narrow and high one they stop
-    // at one column while more levels follow; batches bound what they hold.
-    for (std::size_t i = 0; i < filters.size();) {
-        std::vector<HalfFiltered> batch;
-        for (std::size_t columns = 0; i < filters.size() && (batch.empty() || columns < width + 16); ++i) {
-            batch.push_back(half_filtered(filters[i], targets[i], height));
-            columns += batch.back().pitch;
+    std::size_t most_floats = 0;
+    for (std::size_t first = 0; first < filters.size();) {
+        std::size_t columns = 0;
+        std::size_t last = first;
+        while (last < filters.size() && (last == first || columns < width + tile))
+            columns += pitch_of(filters[last++]);
+        batches_.push_back(filters.subspan(first, last - first));
+        most_floats = std::max(most_floats, columns * static_cast<std::size_t>(base.height()));
+        first = last;
+    }
+    // Columns between a level's width and its pitch are summed with the others and never stored, but must hold numbers.
+    half_filtered_.resize(most_floats);
+}
+
+void PlaneFilter::run(std::size_t channel, std::span<Bitmap> targets) {
+    assert(filters_.size() == targets.size());
+    for (const auto batch : batches_) {
+        filter_rows(channel, batch);
+        const float* rows = half_filtered_.data();
+        for (const LevelFilter& filter : batch) {
+            filter_columns(filter, rows, channel, targets.front());
+            rows += pitch_of(filter) * static_cast<std::size_t>(base_.height());
+            targets = targets.subspan(1);
         }
-        filter_rows(base, channel, batch, kernels);
-        for (const HalfFiltered& level : batch)
-            filter_columns(level, channel, kernels);
+    }
+}
+
+void PlaneFilter::filter_rows(std::size_t channel, std::span<const LevelFilter> batch) {
+    const auto width = static_cast<std::size_t>(base_.width());
+    const auto height = static_cast<std::size_t>(base_.height());
+    RowGroup group{group_rows_, std::vector<double>(width * group_rows_)};
+    std::vector<float> outputs(batch.front().x.outputs * group_rows_);
+    for (std::size_t y = 0; y < height; y += group_rows_) {
+        const std::size_t rows = std::min(group_rows_, height - y);
+        decode_rows(base_.pixels().data() + y * width * 4 + channel, width, rows, group);
+        float* target = half_filtered_.data();
+        for (const LevelFilter& filter : batch) {
+            const std::size_t pitch = pitch_of(filter);
+            RowFilter(filter.x, group, kernels_, outputs.data()).run();
+            store_rows(outputs, group_rows_, rows, filter.x.outputs, target + y * pitch, pitch);
+            target += pitch * height;
+        }
+    }
+}
+
+void PlaneFilter::filter_columns(const LevelFilter& filter, const float* rows, std::size_t channel, Bitmap& target) {
+    const AxisFilter& axis = filter.y;
+    std::vector<float> row(pitch_of(filter));
+    std::uint8_t* pixel = target.pixels().data() + channel;
+    for (std::size_t y = 0; y < axis.outputs; ++y) {
+        kernels_.sweep_columns({.rows = rows,
+                                .pitch = row.size(),
+                                .positions = axis.positions.data() + y * axis.block,
+                                .taps = axis.taps.data(),
+                                .tap_count = axis.block,
+                                .outputs = row.data()});
+        for (std::size_t x = 0; x < filter.x.outputs; ++x, pixel += 4)
+            *pixel = encoded_byte(row[x]);
     }
 }
 
