@@ -124,6 +124,17 @@ template <>
 struct Kernels<Avx2Lanes> {
     template <std::size_t A, std::size_t R>
     MOSAICER_AVX2 static void sweep_rows(const RowSweep& sweep) {
+        // The shortest blocks end so often that their loop is worth unrolling.
+        if (A == max_segments && sweep.block == 2)
+            sweep_blocks<A, R>(sweep, std::integral_constant<std::size_t, 2>());
+        else if (A == max_segments && sweep.block == 4)
+            sweep_blocks<A, R>(sweep, std::integral_constant<std::size_t, 4>());
+        else
+            sweep_blocks<A, R>(sweep, sweep.block);
+    }
+
+    template <std::size_t A, std::size_t R, class Block>
+    MOSAICER_AVX2 static void sweep_blocks(const RowSweep sweep, const Block block) {
         __m256d sums[A][R];
 #pragma GCC unroll 16
         for (std::size_t a = 0; a < A; ++a)
@@ -134,7 +145,7 @@ struct Kernels<Avx2Lanes> {
         float* output = sweep.outputs;
         for (std::size_t b = 0; b < sweep.blocks; ++b) {
             const double* taps = sweep.taps;
-            for (std::size_t p = 0; p < sweep.block; ++p, ++position, taps += sweep.segments) {
+            for (std::size_t p = 0; p < block; ++p, ++position, taps += sweep.segments) {
                 const double* samples = sweep.samples + static_cast<std::size_t>(*position) * sweep.group_rows;
                 __m256d sample[R];
 #pragma GCC unroll 16

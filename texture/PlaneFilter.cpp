@@ -9,17 +9,11 @@
 namespace mosaicer {
 namespace {
 
-constexpr std::size_t most_group_rows = 16; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
+constexpr std::size_t most_group_rows = 8; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
 
 /// Pixels that are turned together. The rows of a picture often lie a power of two apart and so share a few cache sets;
 /// turned pixel by pixel, 16 of them would push each other out.
 constexpr std::size_t tile = 16;
-
-/// The rows of a group in turned order: sample (x, row) at [x * rows + row].
-struct RowGroup {
-    std::size_t rows; ///< lanes, a power of two; those beyond the picture hold any numbers
-    std::vector<double> samples;
-};
 
 /// Doubles of the decoded floats.
 std::array<double, 256> decoding_table() {
@@ -88,22 +82,6 @@ private:
     std::array<double, max_segments * most_group_rows> sums_{};
 };
 
-/// Turns a group's outputs back into rows of a level.
-void store_rows(const std::vector<float>& outputs, std::size_t group_rows, std::size_t rows, std::size_t width,
-                float* target, std::size_t pitch) {
-    for (std::size_t left = 0; left < width; left += tile) {
-        const std::size_t right = std::min(left + tile, width);
-        for (std::size_t row = 0; row < rows; ++row)
-            for (std::size_t x = left; x < right; ++x)
-                target[row * pitch + x] = outputs[x * group_rows + row];
-    }
-}
-
-/// The number of floats between rows of a level behind its x axis.
-std::size_t pitch_of(const LevelFilter& filter) {
-    return (filter.x.outputs + 3) / 4 * 4;
-}
-
 } // namespace
 
 LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int32_t level_height,
@@ -115,70 +93,78 @@ LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int3
 
 PlaneFilter::PlaneFilter(const Bitmap& base, std::span<const LevelFilter> filters, const DownsampleKernels& kernels)
     : base_(base),
-      filters_(filters),
       kernels_(kernels),
-      group_rows_(base.height() > 8   ? most_group_rows
-                  : base.height() > 4 ? 8u
-                                      : 4u) {
+      group_{base.height() > 8   ? most_group_rows
+             : base.height() > 4 ? 8u
+                                 : 4u,
+             {}} {
     const auto width = static_cast<std::size_t>(base.width());
-    std::size_t most_floats = 0;
-    for (std::size_t first = 0; first < filters.size();) {
-        std::size_t columns = 0;
-        std::size_t last = first;
-        while (last < filters.size() && (last == first || columns < width + tile))
-            columns += pitch_of(filters[last++]);
-        batches_.push_back(filters.subspan(first, last - first));
-        most_floats = std::max(most_floats, columns * static_cast<std::size_t>(base.height()));
-        first = last;
+    group_.samples.resize(width * group_.rows);
+    for (const LevelFilter& filter : filters)
+        levels_.emplace_back(filter, group_.rows);
+    if (!levels_.empty())
+        turned_.resize(filters.front().x.outputs * group_.rows);
+}
+
+PlaneFilter::Level::Level(const LevelFilter& level_filter, std::size_t group_rows)
+    : filter(level_filter),
+      pitch((level_filter.x.outputs + 3) / 4 * 4),
+      slots(level_filter.y.positions),
+      ready(level_filter.y.outputs),
+      line(pitch) {
+    std::size_t rows = 0; // behind the x axis when an output is made: whole groups
+    for (std::size_t y = 0; y < ready.size(); ++y) {
+        const auto window = std::span(slots).subspan(y * filter.y.block, filter.y.block);
+        const auto [first, last] = std::minmax_element(window.begin(), window.end());
+        rows = std::max(rows, (static_cast<std::size_t>(*last) / group_rows + 1) * group_rows);
+        ready[y] = rows;
+        capacity = std::max(capacity, rows - static_cast<std::size_t>(*first));
     }
-    // Columns between a level's width and its pitch are summed with the others and never stored, but must hold numbers.
-    half_filtered_.resize(most_floats);
+    for (std::int32_t& slot : slots)
+        slot = static_cast<std::int32_t>(static_cast<std::size_t>(slot) % capacity);
+    ring.resize(capacity * pitch);
 }
 
 void PlaneFilter::run(std::size_t channel, std::span<Bitmap> targets) {
-    assert(filters_.size() == targets.size());
-    for (const auto batch : batches_) {
-        filter_rows(channel, batch);
-        const float* rows = half_filtered_.data();
-        for (const LevelFilter& filter : batch) {
-            filter_columns(filter, rows, channel, targets.front());
-            rows += pitch_of(filter) * static_cast<std::size_t>(base_.height());
-            targets = targets.subspan(1);
-        }
-    }
-}
-
-void PlaneFilter::filter_rows(std::size_t channel, std::span<const LevelFilter> batch) {
+    assert(levels_.size() == targets.size());
     const auto width = static_cast<std::size_t>(base_.width());
     const auto height = static_cast<std::size_t>(base_.height());
-    RowGroup group{group_rows_, std::vector<double>(width * group_rows_)};
-    std::vector<float> outputs(batch.front().x.outputs * group_rows_);
-    for (std::size_t y = 0; y < height; y += group_rows_) {
-        const std::size_t rows = std::min(group_rows_, height - y);
-        decode_rows(base_.pixels().data() + y * width * 4 + channel, width, rows, group);
-        float* target = half_filtered_.data();
-        for (const LevelFilter& filter : batch) {
-            const std::size_t pitch = pitch_of(filter);
-            RowFilter(filter.x, group, kernels_, outputs.data()).run();
-            store_rows(outputs, group_rows_, rows, filter.x.outputs, target + y * pitch, pitch);
-            target += pitch * height;
+    for (Level& level : levels_)
+        level.next = 0;
+    for (std::size_t y = 0; y < height; y += group_.rows) {
+        decode_rows(base_.pixels().data() + y * width * 4 + channel, width, std::min(group_.rows, height - y), group_);
+        for (std::size_t i = 0; i < levels_.size(); ++i) {
+            RowFilter(levels_[i].filter.x, group_, kernels_, turned_.data()).run();
+            store_rows(levels_[i], y);
+            make_outputs(levels_[i], y + group_.rows, targets[i].pixels().subspan(channel));
         }
     }
 }
 
-void PlaneFilter::filter_columns(const LevelFilter& filter, const float* rows, std::size_t channel, Bitmap& target) {
-    const AxisFilter& axis = filter.y;
-    std::vector<float> row(pitch_of(filter));
-    std::uint8_t* pixel = target.pixels().data() + channel;
-    for (std::size_t y = 0; y < axis.outputs; ++y) {
-        kernels_.sweep_columns({.rows = rows,
-                                .pitch = row.size(),
-                                .positions = axis.positions.data() + y * axis.block,
+void PlaneFilter::store_rows(Level& level, std::size_t first_row) const {
+    const std::size_t width = level.filter.x.outputs;
+    for (std::size_t left = 0; left < width; left += tile) {
+        const std::size_t right = std::min(left + tile, width);
+        for (std::size_t row = 0; row < group_.rows; ++row) {
+            float* target = level.ring.data() + (first_row + row) % level.capacity * level.pitch;
+            for (std::size_t x = left; x < right; ++x)
+                target[x] = turned_[x * group_.rows + row];
+        }
+    }
+}
+
+void PlaneFilter::make_outputs(Level& level, std::size_t rows, std::span<std::uint8_t> channel) const {
+    const AxisFilter& axis = level.filter.y;
+    const std::size_t width = level.filter.x.outputs;
+    for (; level.next < axis.outputs && level.ready[level.next] <= rows; ++level.next) {
+        kernels_.sweep_columns({.rows = level.ring.data(),
+                                .pitch = level.pitch,
+                                .positions = level.slots.data() + level.next * axis.block,
                                 .taps = axis.taps.data(),
                                 .tap_count = axis.block,
-                                .outputs = row.data()});
-        for (std::size_t x = 0; x < filter.x.outputs; ++x, pixel += 4)
-            *pixel = encoded_byte(row[x]);
+                                .outputs = level.line.data()});
+        for (std::size_t x = 0; x < width; ++x)
+            channel[(level.next * width + x) * 4] = encoded_byte(level.line[x]);
     }
 }
 

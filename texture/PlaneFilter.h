@@ -21,11 +21,21 @@ struct LevelFilter {
     AxisFilter y;
 };
 
+/// The rows that are filtered together, in turned order: sample (x, row) at samples[x * rows + row].
+struct RowGroup {
+    std::size_t rows; ///< lanes: 4, 8 or 16; those below the picture hold any numbers
+    std::vector<double> samples;
+};
+
 /// Filters the channels of a picture in linear light, one at a time. Sums are doubles, stored as floats behind each
 /// axis, x first.
 ///
-/// Level 0 is not held as floats: 16 rows at a time are decoded and turned, and swept for all levels while they are in
-/// the cache. What stays until all rows are done is each level behind its x axis, about 4 bytes a pixel of the picture.
+/// Level 0 is not held as floats. It goes by in groups of rows, from the first stored row on:
+///
+///     bytes --decode, turn--> RowGroup --x axis, for each level--> ring of the level --y axis, encode--> bytes
+///
+/// A ring keeps the rows that some window along y still needs. So nothing is held but what fits the cache: about five
+/// source rows of floats a level.
 class PlaneFilter {
 public:
     /// Holds on to all three.
@@ -35,17 +45,27 @@ public:
     void run(std::size_t channel, std::span<Bitmap> targets);
 
 private:
-    void filter_rows(std::size_t channel, std::span<const LevelFilter> batch);
-    void filter_columns(const LevelFilter& filter, const float* rows, std::size_t channel, Bitmap& target);
+    struct Level {
+        Level(const LevelFilter& filter, std::size_t group_rows);
+
+        const LevelFilter& filter;
+        std::size_t pitch;               ///< floats from row to row of the ring, a multiple of 4
+        std::size_t capacity = 0;        ///< rows of the ring; source row y is in slot y % capacity
+        std::vector<std::int32_t> slots; ///< the y axis's positions as slots
+        std::vector<std::size_t> ready;  ///< source rows that must have gone by before an output row is made
+        std::vector<float> ring;
+        std::vector<float> line; ///< one output row before it is encoded
+        std::size_t next = 0;    ///< output row
+    };
+
+    void store_rows(Level& level, std::size_t first_row) const;
+    void make_outputs(Level& level, std::size_t rows, std::span<std::uint8_t> channel) const;
 
     const Bitmap& base_;
-    std::span<const LevelFilter> filters_;
     const DownsampleKernels& kernels_;
-    std::size_t group_rows_;
-    /// The levels of a usual picture go in one batch, being half as wide each time. In a narrow and high one they stop
-    /// at one column while more levels follow; batches bound what is held.
-    std::vector<std::span<const LevelFilter>> batches_;
-    std::vector<float> half_filtered_; ///< the levels of a batch behind their x axis, one after the other
+    RowGroup group_;
+    std::vector<Level> levels_;
+    std::vector<float> turned_; ///< outputs of one level for a group, turned like the group
 };
 
 /// The byte of every pixel of a level that a channel of nothing but `byte` gives.
