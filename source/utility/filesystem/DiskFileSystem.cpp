@@ -61,17 +61,6 @@ Archive archive_on(const std::string& name, std::unique_ptr<FileDataStoreBase> s
     return {name, std::move(store), base, size - base, writes(mode)};
 }
 
-std::vector<std::string> split_patterns(const std::string& patterns) {
-    std::vector<std::string> pieces;
-    for (std::size_t start = 0; start < patterns.size();) {
-        const std::size_t end = std::min(patterns.find(';', start), patterns.size());
-        if (end > start)
-            pieces.push_back(patterns.substr(start, end - start));
-        start = end + 1;
-    }
-    return pieces;
-}
-
 } // namespace
 
 DiskFileSystem::DiskFileSystem(const std::string& root) {
