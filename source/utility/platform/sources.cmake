@@ -1,1 +1,5 @@
-set(platform_sources)
+set(platform_sources
+  Directory.cpp
+  File.cpp
+  HostPath.cpp
+  PathInfo.cpp)
