@@ -1,5 +1,6 @@
 #pragma once
 
+#include <source_location>
 #include <stdexcept>
 #include <string>
 
@@ -26,5 +27,10 @@ public:
     DiskError(const std::string& source, int line, const std::string& message)
         : std::runtime_error(source + "(" + std::to_string(line) + ")" + message) {}
 };
+
+/// Throws the DiskError of the archive layer, which tells "source/utility/Archive" and the line of the call. All stores
+/// and file systems fail by this one name, whichever file they live in.
+[[noreturn]] void throw_disk_error(const std::string& message,
+                                   std::source_location where = std::source_location::current());
 
 } // namespace kst

@@ -1,1 +1,3 @@
-set(platform_sources)
+set(platform_sources
+  File.cpp
+  HostPath.cpp)
