@@ -1,1 +1,9 @@
-set(filesystem_sources)
+set(filesystem_sources
+  DiskFileSystem.cpp
+  FileSystem.cpp
+  MemoryFileSystem.cpp
+  VFSReferenceFileSystem.cpp
+  VirtualFileSystem.cpp
+  find_host_path.cpp
+  normalize_path.cpp
+  wildcards.cpp)

@@ -1,3 +1,5 @@
 set(platform_sources
+  Directory.cpp
   File.cpp
-  HostPath.cpp)
+  HostPath.cpp
+  PathInfo.cpp)
