@@ -1,1 +1,10 @@
-set(image_sources)
+set(image_sources
+  CheckerTextureProducer.cpp
+  DDSImageParser.cpp
+  ImageFormat.cpp
+  ImageParser.cpp
+  MIPImageParser.cpp
+  TargaImageParser.cpp
+  convert_pixels.cpp
+  image_bytes.cpp
+  write_targa.cpp)
