@@ -25,7 +25,8 @@ struct ImageFile {
 enum class FileLevels { all, first };
 
 /// Size and cube flag. Of ".dds" and ".tga" files only the header is read; the other formats have to be decoded. The
-/// path's end picks the format, lower case only. Empty when a ".bmp" or ".png" file cannot be decoded. Throws what the
+/// path's end picks the format, lower case only. Empty when a ".bmp" or ".png" file cannot be decoded, or a
+/// header tells a side of 0 or above 2^24. Throws what the
 /// header parsers throw, with the path in the text, and std::runtime_error "Unhandled image format for " + path.
 std::optional<ImageInfo> read_image_info(const std::string& path);
 
