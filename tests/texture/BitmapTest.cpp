@@ -1,5 +1,6 @@
 #include "texture/Bitmap.h"
 
+#include "tests/support/TemporaryDirectory.h"
 #include "tests/texture/support/TestImages.h"
 
 #include <FreeImage.h>
@@ -78,7 +79,7 @@ TEST(Bitmap, counts_rows_from_the_top_and_stores_them_from_the_bottom) {
 }
 
 TEST(Bitmap, keeps_all_four_channels_through_every_file_format) {
-    const TempDir dir;
+    const test_support::TemporaryDirectory dir;
     std::mt19937 random(3);
     const Bitmap picture = noise(13, 7, random);
     const struct {
@@ -112,11 +113,11 @@ TEST(Bitmap, keeps_all_four_channels_through_every_file_format) {
         }
     }
     EXPECT_FALSE(Bitmap::load(dir / "missing.png", BitmapFormat::png).has_value());
-    EXPECT_FALSE(Bitmap::load(dir.path(), BitmapFormat::png).has_value()) << "a folder is no image";
+    EXPECT_FALSE(Bitmap::load(dir.path().string(), BitmapFormat::png).has_value()) << "a folder is no image";
 }
 
 TEST(Bitmap, refuses_sizes_that_the_file_cannot_hold) {
-    const TempDir dir;
+    const test_support::TemporaryDirectory dir;
     std::mt19937 random(4);
     const Bitmap picture = noise(8, 8, random);
     ASSERT_TRUE(picture.save(dir / "a.bmp", BitmapFormat::bmp));
@@ -134,7 +135,7 @@ TEST(Bitmap, refuses_sizes_that_the_file_cannot_hold) {
 }
 
 TEST(Bitmap, converts_what_has_a_conversion_and_fails_for_the_rest) {
-    const TempDir dir;
+    const test_support::TemporaryDirectory dir;
     FIBITMAP* grey = FreeImage_ConvertToGreyscale(FreeImage_Allocate(2, 2, 24, 0, 0, 0));
     FreeImage_GetBits(grey)[0] = 77;
     ASSERT_TRUE(FreeImage_Save(FIF_PNG, grey, (dir / "grey.png").c_str(), 0));

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "driver/records/Report.h"
+#include "driver/records/RunFlags.h"
 #include "texture/Bitmap.h"
 
+#include <array>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 /// Small pictures and files for the tests of this room.
 namespace mosaicer::test {
@@ -54,24 +56,61 @@ inline void write_file(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-/// A folder of its own for one test, removed with it.
-class TempDir {
+/// Gathers all that is said while it lives, and starts from fresh run flags.
+class ReportCapture {
 public:
-    TempDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "mosaicer-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
+    std::ostringstream progress; ///< verbose and debug as one console shows them under -v -d
+    std::ostringstream warnings;
+    std::ostringstream errors;
+    std::ostringstream statistics;
+
+    ReportCapture() {
+        Report = {&progress, &progress, &warnings, &errors, &statistics};
+        RunFlags = {};
     }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+    ReportCapture(const ReportCapture&) = delete;
+    ReportCapture& operator=(const ReportCapture&) = delete;
+    ~ReportCapture() {
+        Report = channels_;
+        RunFlags = flags_;
     }
-    const std::string& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
 private:
-    std::string path_;
+    ReportChannels channels_ = Report;
+    RunFlagValues flags_ = RunFlags;
 };
+
+/// The text of the exception that `action` ends with; empty if it ends well.
+template <class Action>
+std::string failure_text(Action action) {
+    try {
+        action();
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return {};
+}
+
+/// A DDS file of 32 bits a pixel. `levels` top row first; `depth` and `caps2` go into the head.
+inline std::string dds_file(const std::vector<Rows>& levels, std::uint32_t caps2 = 0, std::uint32_t depth = 0) {
+    const auto width = static_cast<std::uint32_t>(levels[0][0].size());
+    const auto height = static_cast<std::uint32_t>(levels[0].size());
+    std::array<std::uint32_t, 32> head{
+        0x20534444,         124,   0x000A1007u | (depth == 0 ? 0u : 0x800000u), height, width,
+        width * height * 4, depth, static_cast<std::uint32_t>(levels.size())};
+    const std::array<std::uint32_t, 8> format{32, 0x41, 0, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000};
+    std::copy(format.begin(), format.end(), head.begin() + 19);
+    head[27] = 0x00401008;
+    head[28] = caps2;
+    std::string bytes(reinterpret_cast<const char*>(head.data()), 128);
+    for (const Rows& level : levels)
+        for (const auto& row : level)
+            bytes.append(reinterpret_cast<const char*>(row.data()), row.size() * 4);
+    return bytes;
+}
+
+inline Rows solid(std::size_t width, std::size_t height, std::uint32_t pixel) {
+    return Rows(height, std::vector<std::uint32_t>(width, pixel));
+}
 
 } // namespace mosaicer::test
