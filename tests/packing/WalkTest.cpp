@@ -109,7 +109,7 @@ TEST_P(WalkTwins, place_everything_alike) {
         return 1 + static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(most));
     };
     Twins twins(c.width, c.height);
-    for (int run = 0; run < 48; ++run) {
+    for (int run = 0; run < 24; ++run) {
         const auto& info = insertion_strategies[static_cast<std::size_t>(run) % insertion_strategies.size()];
         for (int i = 0; i < 40; ++i) {
             // Now and then a stripe across the surface, as a tiled entry makes it, or a line of one texel.
@@ -117,7 +117,7 @@ TEST_P(WalkTwins, place_everything_alike) {
             const bool line = random() % 16 == 0;
             twins.insert(stripe ? c.width : line ? 1 : size(c.largest), size(c.largest), info);
             // The strategy may change from one entry to the next.
-            if (run >= 40 && i % 8 == 0)
+            if (run >= 16 && i % 8 == 0)
                 twins.insert(size(c.largest), 1, insertion_strategies[random() % insertion_strategies.size()]);
         }
         ASSERT_TRUE(twins.agree()) << info.text << ", run " << run;
