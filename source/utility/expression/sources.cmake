@@ -1,1 +1,3 @@
-set(expression_sources)
+set(expression_sources
+  ExpressionEvaluator.cpp
+  ExpressionOperators.cpp)

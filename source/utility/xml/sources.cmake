@@ -1,1 +1,13 @@
-set(xml_sources)
+set(xml_sources
+  idstring.cpp
+  XMLArena.cpp
+  XMLCompiledForm.cpp
+  XMLDocument.cpp
+  XMLExpansion.cpp
+  XMLIncluder.cpp
+  XMLMacro.cpp
+  XMLNode.cpp
+  XMLParser.cpp
+  XmlParameters.cpp
+  XMLPrologue.cpp
+  XMLReader.cpp)
