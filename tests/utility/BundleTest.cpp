@@ -2,6 +2,7 @@
 #include "source/utility/MemoryDataStore.h"
 #include "source/utility/filesystem/BundleFileSystem.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
+#include "source/utility/filesystem/extract_bundle.h"
 #include "source/utility/filesystem/write_bundle.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -190,6 +191,46 @@ TEST(Bundle, only_plain_names_stay_below_a_directory) {
         EXPECT_TRUE(is_plain_name(name)) << name;
     for (const auto& name : {""s, "."s, ".."s, "a/b"s, "..\\x"s, "/etc"s, "a\0b"s})
         EXPECT_FALSE(is_plain_name(name)) << name;
+}
+
+TEST(Bundle, extracts_what_it_packed) {
+    const TemporaryDirectory disk;
+    const std::string large(200'000, 'x');
+    disk.write("in/dir/large", large);
+    disk.write("in/dir/sub/empty", "");
+    std::filesystem::create_directories(disk / "in/bare");
+    for (const int version : {1, 2}) {
+        create_bundle(disk / "b", disk / "in", version);
+        const std::string bytes = disk.read("b");
+        const std::string out = disk / "out" + std::to_string(version);
+        EXPECT_THAT(extract_bundle(BundleDirectory(on(bytes)), on(bytes), out), ElementsAre());
+        create_bundle(disk / "again", out, version);
+        EXPECT_EQ(disk.read("again"), bytes);
+    }
+    EXPECT_EQ(disk.read("out1/dir/large"), large);
+}
+
+TEST(Bundle, extracts_nothing_outside) {
+    const TemporaryDirectory disk;
+    auto store = std::make_unique<MemoryDataStore>();
+    const MemoryDataStore& written = *store;
+    Archive output("out", std::move(store), 0, 0, /*unbounded=*/true);
+    const std::string source = disk.write("source", "s");
+    const BundleItem file{.name = "f", .host_path = source, .size = 1};
+    BundleItem climbing = file;
+    climbing.name = "..\\climbed";
+    write_bundle(output,
+                 {.items = {{.name = "..", .is_directory = true, .items = {file}},
+                            climbing,
+                            {.name = "dead", .is_directory = true, .present = false, .items = {file}},
+                            file}},
+                 2);
+    const std::string bytes(reinterpret_cast<const char*>(written.bytes().data()), written.bytes().size());
+    EXPECT_THAT(extract_bundle(BundleDirectory(on(bytes)), on(bytes), disk / "in"), ElementsAre("..", "..\\climbed"));
+    EXPECT_EQ(disk.read("in/f"), "s");
+    EXPECT_FALSE(std::filesystem::exists(disk / "f"));
+    EXPECT_FALSE(std::filesystem::exists(disk / "climbed"));
+    EXPECT_FALSE(std::filesystem::exists(disk / "in/dead"));
 }
 
 /// A disk with a bundle "level" over files of its own.

@@ -50,7 +50,7 @@ bool delete_recursively(VirtualFileSystem& files, const std::string& path) {
             std::vector<std::string> names;
             files.list(names, directory, "*.*", directories);
             for (const std::string& name : names)
-                delete_recursively(files, directory + "\\" + name);
+                delete_recursively(files, std::string(directory).append("\\").append(name));
         }
     return files.delete_file(directory);
 }

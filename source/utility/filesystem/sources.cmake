@@ -6,6 +6,7 @@ set(filesystem_sources
   MemoryFileSystem.cpp
   VFSReferenceFileSystem.cpp
   VirtualFileSystem.cpp
+  extract_bundle.cpp
   file_functions.cpp
   find_host_path.cpp
   normalize_path.cpp
