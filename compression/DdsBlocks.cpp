@@ -142,8 +142,9 @@ struct Dxt3 {
 
     static void decode(const std::uint8_t* block, const Target& target) {
         // value / 15 is value * 17 / 255, and so exactly the byte value * 17.
-        decode_with_alpha(block + 8, target,
-                          [block](std::size_t cell) { return ((block[cell / 2] >> (cell % 2 * 4) & 15U) * 17) << 24; });
+        decode_with_alpha(block + 8, target, [block](std::size_t cell) {
+            return ((std::uint32_t{block[cell / 2]} >> (cell % 2 * 4) & 15) * 17) << 24;
+        });
     }
 };
 

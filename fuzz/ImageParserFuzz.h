@@ -29,11 +29,9 @@ void run_image_parser(const std::uint8_t* data, std::size_t size) {
         for (const kst::ImageDescription& wanted : {description, kst::ImageDescription{kst::FORMAT_ARGB_8888, 4, 4},
                                                     kst::ImageDescription{kst::FORMAT_RGB_565, description.width, 1},
                                                     kst::ImageDescription{description.format, 2, 3}}) {
-            if (kst::image_byte_count(wanted) > most_bytes || kst::pixel_byte_count(wanted) > most_bytes)
+            if (kst::image_byte_count(wanted) > most_bytes)
                 continue;
             std::vector<std::uint8_t> pixels(kst::image_byte_count(wanted));
-            if (kst::is_compressed_format(wanted.format) && pixels.size() < kst::pixel_byte_count(wanted))
-                pixels.resize(kst::pixel_byte_count(wanted));
             std::vector<std::uint32_t> palette(256);
             try {
                 parser.read(pixels.data(), palette.data(), wanted);

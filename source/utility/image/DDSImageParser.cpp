@@ -49,7 +49,7 @@ std::optional<std::uint32_t> find_format(const Head& head) {
 
 std::uint64_t find_first_size(const Head& head, const ImageDescription& image) {
     if (!is_compressed_format(image.format))
-        return image_byte_count(image);
+        return stored_byte_count(image);
     if ((word_32(head, 8) & flag_linear_size) != 0)
         return word_32(head, 20);
     const std::uint64_t width = image.width;
@@ -123,11 +123,11 @@ void DDSImageParser::read(void* dest, std::uint32_t*, const ImageDescription& wa
     // The size that the header leads to may be more than the wanted image holds; what the caller gave has room for
     // that.
     const ImageDescription stored{description_.format, wanted.width, wanted.height};
-    const std::uint64_t byte_count = std::min(level_size(level), image_byte_count(stored));
+    const std::uint64_t byte_count = std::min(level_size(level), stored_byte_count(stored));
     if (as_stored)
         return read_exactly(archive_, file_name(), dest, byte_count);
     std::vector<std::uint8_t> block = read_block(archive_, file_name(), byte_count);
-    block.resize(image_byte_count(stored));
+    block.resize(stored_byte_count(stored));
     convert_pixels(block.data(), description_.format, std::size_t{wanted.width} * wanted.height, wanted.format,
                    static_cast<std::uint8_t*>(dest));
 }

@@ -1,5 +1,6 @@
 #include "source/utility/image/ImageFormat.h"
 
+#include <algorithm>
 #include <cassert>
 #include <limits>
 
@@ -60,12 +61,16 @@ std::uint64_t pixel_byte_count(const ImageDescription& description) {
     return saturated_product(pixels, image_format_info(description.format).bytes_per_pixel);
 }
 
-std::uint64_t image_byte_count(const ImageDescription& description) {
+std::uint64_t stored_byte_count(const ImageDescription& description) {
     if (!is_compressed_format(description.format) || description.format == FORMAT_OTHER_21)
         return pixel_byte_count(description);
     const std::uint64_t columns = (std::uint64_t{description.width} + 3) / 4;
     const std::uint64_t rows = (std::uint64_t{description.height} + 3) / 4;
     return saturated_product(columns * rows, description.format == FORMAT_DXT1 ? 8 : 16);
+}
+
+std::uint64_t image_byte_count(const ImageDescription& description) {
+    return std::max(pixel_byte_count(description), stored_byte_count(description));
 }
 
 } // namespace kst

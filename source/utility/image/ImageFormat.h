@@ -71,11 +71,15 @@ struct ImageDescription {
     bool operator==(const ImageDescription&) const = default;
 };
 
-/// Width times height times the format's bytes a pixel. The largest number instead of one that does not fit.
+// Byte counts of an image with its rows packed. The largest number instead of one that does not fit.
+
+/// Width times height times the format's bytes a pixel, which is 1 in the compressed formats.
 std::uint64_t pixel_byte_count(const ImageDescription& description);
 
-/// Bytes of an image, rows packed; whole blocks of 4 by 4 pixels in the compressed formats. The largest number instead
-/// of one that does not fit.
+/// The same, but whole blocks of 4 by 4 pixels in the compressed formats.
+std::uint64_t stored_byte_count(const ImageDescription& description);
+
+/// What a reader may need of the caller: the larger of the two.
 std::uint64_t image_byte_count(const ImageDescription& description);
 
 } // namespace kst
