@@ -14,5 +14,6 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/mosaicerConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/mosaicerConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/mosaicerConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mosaicerConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/mosaicerConfigVersion.cmake
+  ${CMAKE_CURRENT_LIST_DIR}/FindFreeImage.cmake
   DESTINATION ${package_dir})
 install(FILES ${mosaicer_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

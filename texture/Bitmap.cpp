@@ -227,9 +227,7 @@ bool Bitmap::paste(const Bitmap& source, std::int32_t left, std::int32_t top) {
 
 Bitmap Bitmap::rotate(std::int32_t degrees) const {
     // The library turns the other way round. Multiples of 90 move pixels and mix none.
-    FIBITMAP* turned = degrees == 90 || degrees == 180 || degrees == 270
-                           ? FreeImage_Rotate(handle_, -static_cast<double>(degrees), nullptr)
-                           : FreeImage_Clone(handle_);
+    FIBITMAP* turned = FreeImage_Rotate(handle_, -static_cast<double>(degrees), nullptr);
     return Bitmap(require(turned, "rotate", width_, height_));
 }
 

@@ -64,7 +64,8 @@ public:
     /// Replaces a rectangle, alpha included. False, and nothing changed, unless the source lies wholly inside.
     bool paste(const Bitmap& source, std::int32_t left, std::int32_t top);
 
-    /// The picture turned clockwise by 90, 180 or 270 degrees; any other angle gives a plain copy.
+    /// The picture turned clockwise. Multiples of 90 degrees, negative ones too, are exact; any other angle is
+    /// resampled onto a larger picture.
     Bitmap rotate(std::int32_t degrees) const;
 
     /// Sets the four bytes blue, green, red, alpha of one pixel. False, and nothing changed, outside the picture.

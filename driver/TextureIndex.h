@@ -1,0 +1,57 @@
+#pragma once
+
+#include "driver/records/SourceTexture.h"
+
+#include <array>
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace mosaicer {
+
+/// All source textures below up to ten root directories, by lower-case base name. Built when a first set needs it.
+///
+/// The name is global over all roots and directories. Of files with the same name the last ".dds" of the walk wins over
+/// everything, and without one the first file found stays. The walk reads headers only. It runs over the slots in their
+/// order, through each directory depth first, names in ascending byte order, so that a tree gives the same index on
+/// every file system.
+class TextureIndex {
+public:
+    static constexpr std::size_t slot_count = 10;
+    using Roots = std::array<std::string, slot_count>;
+    using Records = std::map<std::string, std::unique_ptr<SourceTexture>>;
+
+    /// `textures_root` becomes slot 0 and the base root. Touches no disk.
+    explicit TextureIndex(std::string textures_root);
+
+    /// The slot takes `path`. If that differs from its text, all records are dropped and the next ensure_built walks
+    /// anew.
+    void set_root(std::size_t slot, std::string path);
+
+    /// The slots can be copied out and put back; putting them back neither drops records nor makes a walk necessary.
+    const Roots& roots() const { return roots_; }
+    void restore_roots(const Roots& roots) { roots_ = roots; }
+    const std::string& base_root() const { return base_root_; }
+
+    /// The texts of the slots in use, in slot order, each once.
+    std::vector<std::string> unique_roots() const;
+
+    /// Walks the roots if that has not been done. A file that can't be read is told on Report.warnings and left out.
+    void ensure_built();
+
+    /// Null if there is no such texture. `key` is in lower case. Records live until a root changes.
+    SourceTexture* find(const std::string& key) const;
+
+    /// In ascending order of key.
+    const Records& records() const { return records_; }
+
+private:
+    Roots roots_;
+    Records records_;
+    bool built_ = false;
+    std::string base_root_;
+};
+
+} // namespace mosaicer

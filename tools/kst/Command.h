@@ -1,0 +1,24 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <stdexcept>
+
+namespace kst::tool {
+
+/// The work of a subcommand failed; the text is what the user is told behind "kst: ". Any other std::exception that
+/// reaches `main` is told the same way.
+class CommandFailure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Each adds one group of subcommands. What runs is the callback of the subcommand that was named; it prints results to
+// standard output and throws for a failure. The process's virtual file system exists then, with the disk at its root.
+
+void add_xml_commands(CLI::App& app);
+void add_eval_command(CLI::App& app);
+void add_image_commands(CLI::App& app);
+void add_bundle_commands(CLI::App& app);
+
+} // namespace kst::tool
