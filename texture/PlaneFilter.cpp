@@ -101,17 +101,19 @@ PlaneFilter::PlaneFilter(const Bitmap& base, std::span<const LevelFilter> filter
     const auto width = static_cast<std::size_t>(base.width());
     group_.samples.resize(width * group_.rows);
     for (const LevelFilter& filter : filters)
-        levels_.emplace_back(filter, group_.rows);
+        levels_.emplace_back(filter, base.width(), group_.rows);
     if (!levels_.empty())
         turned_.resize(filters.front().x.outputs * group_.rows);
 }
 
-PlaneFilter::Level::Level(const LevelFilter& level_filter, std::size_t group_rows)
+PlaneFilter::Level::Level(const LevelFilter& level_filter, std::int32_t source_width, std::size_t group_rows)
     : filter(level_filter),
       pitch((level_filter.x.outputs + 3) / 4 * 4),
       slots(level_filter.y.positions),
       ready(level_filter.y.outputs),
       line(pitch) {
+    if (const auto size = static_cast<std::size_t>(source_width); FoldedWindow::pays(filter.x, size))
+        folded.emplace(filter.x, size);
     std::size_t rows = 0; // behind the x axis when an output is made: whole groups
     for (std::size_t y = 0; y < ready.size(); ++y) {
         const auto window = std::span(slots).subspan(y * filter.y.block, filter.y.block);
@@ -134,11 +136,18 @@ void PlaneFilter::run(std::size_t channel, std::span<Bitmap> targets) {
     for (std::size_t y = 0; y < height; y += group_.rows) {
         decode_rows(base_.pixels().data() + y * width * 4 + channel, width, std::min(group_.rows, height - y), group_);
         for (std::size_t i = 0; i < levels_.size(); ++i) {
-            RowFilter(levels_[i].filter.x, group_, kernels_, turned_.data()).run();
+            filter_rows(levels_[i]);
             store_rows(levels_[i], y);
             make_outputs(levels_[i], y + group_.rows, targets[i].pixels().subspan(channel));
         }
     }
+}
+
+void PlaneFilter::filter_rows(const Level& level) {
+    if (!level.folded)
+        return RowFilter(level.filter.x, group_, kernels_, turned_.data()).run();
+    for (std::size_t row = 0; row < group_.rows; ++row)
+        turned_[row] = level.folded->sum(group_.samples.data() + row, group_.rows);
 }
 
 void PlaneFilter::store_rows(Level& level, std::size_t first_row) const {
