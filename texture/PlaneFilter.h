@@ -25,7 +25,7 @@ struct LevelFilter {
 
 /// The rows that are filtered together, in turned order: sample (x, row) at samples[x * rows + row].
 struct RowGroup {
-    std::size_t rows; ///< lanes: 4, 8 or 16; those below the picture hold any numbers
+    std::size_t rows; ///< lanes: 4 or 8; those below the picture hold any numbers
     std::vector<double> samples;
 };
 
