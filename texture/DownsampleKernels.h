@@ -16,7 +16,7 @@ namespace mosaicer {
 /// sample (x, row) at samples[x * group_rows + row].
 struct RowSweep {
     const double* samples;         ///< from the first row to sweep
-    std::size_t group_rows;        ///< 4, 8 or 16
+    std::size_t group_rows;        ///< 4 or 8
     const std::int32_t* positions; ///< of the first block
     const double* taps;            ///< of the youngest output's segment
     std::size_t segments;

@@ -9,10 +9,11 @@
 namespace mosaicer {
 namespace {
 
-constexpr std::size_t most_group_rows = 8; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
+/// 2,048 columns of 8 doubles take a quarter of a usual second-level cache; 16 rows were no faster.
+constexpr std::size_t most_group_rows = 8;
 
 /// Pixels that are turned together. The rows of a picture often lie a power of two apart and so share a few cache sets;
-/// turned pixel by pixel, 16 of them would push each other out.
+/// turned pixel by pixel, they would push each other out.
 constexpr std::size_t tile = 16;
 
 /// Doubles of the decoded floats.
@@ -59,7 +60,7 @@ private:
     void sweep(std::size_t first_block, std::size_t blocks, std::size_t oldest, std::size_t youngest) {
         const std::size_t active = youngest - oldest + 1;
         const bool completes = first_block - oldest + 1 == axis_.segments;
-        // Few sums leave the adders waiting for each other, so then more rows go at once.
+        // Few sums leave the adders waiting for each other, so then more rows go at once, if the lanes leave any.
         const std::size_t vectors = std::min<std::size_t>(active <= 2 ? 4 : 2, group_.rows / kernels_.lanes);
         const auto run = kernels_.sweep_rows[active - 1][vectors / 2];
         for (std::size_t row = 0; row < group_.rows; row += vectors * kernels_.lanes)
@@ -92,26 +93,23 @@ LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int3
       y(base.height(), level_height, kernel, AxisFilter::Layout::separate_windows) {}
 
 PlaneFilter::PlaneFilter(const Bitmap& base, std::span<const LevelFilter> filters, const DownsampleKernels& kernels)
-    : base_(base),
-      kernels_(kernels),
-      group_{base.height() > 8   ? most_group_rows
-             : base.height() > 4 ? 8u
-                                 : 4u,
-             {}} {
+    : base_(base), kernels_(kernels), group_{base.height() > 4 ? most_group_rows : 4, {}} {
     const auto width = static_cast<std::size_t>(base.width());
     group_.samples.resize(width * group_.rows);
     for (const LevelFilter& filter : filters)
-        levels_.emplace_back(filter, group_.rows);
+        levels_.emplace_back(filter, base.width(), group_.rows);
     if (!levels_.empty())
         turned_.resize(filters.front().x.outputs * group_.rows);
 }
 
-PlaneFilter::Level::Level(const LevelFilter& level_filter, std::size_t group_rows)
+PlaneFilter::Level::Level(const LevelFilter& level_filter, std::int32_t source_width, std::size_t group_rows)
     : filter(level_filter),
       pitch((level_filter.x.outputs + 3) / 4 * 4),
       slots(level_filter.y.positions),
       ready(level_filter.y.outputs),
       line(pitch) {
+    if (const auto size = static_cast<std::size_t>(source_width); FoldedWindow::pays(filter.x, size))
+        folded.emplace(filter.x, size);
     std::size_t rows = 0; // behind the x axis when an output is made: whole groups
     for (std::size_t y = 0; y < ready.size(); ++y) {
         const auto window = std::span(slots).subspan(y * filter.y.block, filter.y.block);
@@ -134,11 +132,18 @@ void PlaneFilter::run(std::size_t channel, std::span<Bitmap> targets) {
     for (std::size_t y = 0; y < height; y += group_.rows) {
         decode_rows(base_.pixels().data() + y * width * 4 + channel, width, std::min(group_.rows, height - y), group_);
         for (std::size_t i = 0; i < levels_.size(); ++i) {
-            RowFilter(levels_[i].filter.x, group_, kernels_, turned_.data()).run();
+            filter_rows(levels_[i]);
             store_rows(levels_[i], y);
             make_outputs(levels_[i], y + group_.rows, targets[i].pixels().subspan(channel));
         }
     }
+}
+
+void PlaneFilter::filter_rows(const Level& level) {
+    if (!level.folded)
+        return RowFilter(level.filter.x, group_, kernels_, turned_.data()).run();
+    for (std::size_t row = 0; row < group_.rows; ++row)
+        turned_[row] = level.folded->sum(group_.samples.data() + row, group_.rows);
 }
 
 void PlaneFilter::store_rows(Level& level, std::size_t first_row) const {

@@ -3,9 +3,11 @@
 #include "texture/AxisFilter.h"
 #include "texture/Bitmap.h"
 #include "texture/DownsampleKernels.h"
+#include "texture/FoldedWindow.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -23,7 +25,7 @@ struct LevelFilter {
 
 /// The rows that are filtered together, in turned order: sample (x, row) at samples[x * rows + row].
 struct RowGroup {
-    std::size_t rows; ///< lanes: 4, 8 or 16; those below the picture hold any numbers
+    std::size_t rows; ///< lanes: 4 or 8; those below the picture hold any numbers
     std::vector<double> samples;
 };
 
@@ -46,18 +48,20 @@ public:
 
 private:
     struct Level {
-        Level(const LevelFilter& filter, std::size_t group_rows);
+        Level(const LevelFilter& filter, std::int32_t source_width, std::size_t group_rows);
 
         const LevelFilter& filter;
-        std::size_t pitch;               ///< floats from row to row of the ring, a multiple of 4
-        std::size_t capacity = 0;        ///< rows of the ring; source row y is in slot y % capacity
-        std::vector<std::int32_t> slots; ///< the y axis's positions as slots
-        std::vector<std::size_t> ready;  ///< source rows that must have gone by before an output row is made
+        std::optional<FoldedWindow> folded; ///< along x, where that pays
+        std::size_t pitch;                  ///< floats from row to row of the ring, a multiple of 4
+        std::size_t capacity = 0;           ///< rows of the ring; source row y is in slot y % capacity
+        std::vector<std::int32_t> slots;    ///< the y axis's positions as slots
+        std::vector<std::size_t> ready;     ///< source rows that must have gone by before an output row is made
         std::vector<float> ring;
         std::vector<float> line; ///< one output row before it is encoded
         std::size_t next = 0;    ///< output row
     };
 
+    void filter_rows(const Level& level);
     void store_rows(Level& level, std::size_t first_row) const;
     void make_outputs(Level& level, std::size_t rows, std::span<std::uint8_t> channel) const;
 

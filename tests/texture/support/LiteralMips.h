@@ -64,18 +64,27 @@ inline std::vector<float> level_kernel(MipFilter filter, int level) {
     return kaiser(4.0, static_cast<float>(stretch), 10 << (level - 1));
 }
 
+/// mirror() of low to high - 1, so that each is worked out once.
+inline std::vector<int> mirrored(int low, int high, int size) {
+    std::vector<int> indices;
+    for (int i = low; i < high; ++i)
+        indices.push_back(mirror(i, size));
+    return indices;
+}
+
 inline Plane downsample(const Plane& source, int W, int H, const std::vector<float>& taps, int w, int h) {
     const int n = static_cast<int>(taps.size());
     const int stepx = W / w, stepy = H / h, off = -(n / 2);
     const auto at = [](int row, int pitch, int column) {
         return static_cast<std::size_t>(row) * static_cast<std::size_t>(pitch) + static_cast<std::size_t>(column);
     };
+    const std::vector<int> columns = mirrored(off, W + n, W), rows = mirrored(off, H + n, H);
     Plane temp(source.size()), target(at(h, w, 0));
     for (int y = 0; y < H; ++y)
         for (int x = stepx / 2; x < W; x += stepx) {
             double sum = 0;
             for (int k = 0; k < n; ++k)
-                sum += static_cast<double>(source[at(y, W, mirror(x + off + k, W))]) *
+                sum += static_cast<double>(source[at(y, W, columns[static_cast<std::size_t>(x + k)])]) *
                        static_cast<double>(taps[static_cast<std::size_t>(k)]);
             temp[at(y, W, x / stepx)] = static_cast<float>(sum);
         }
@@ -83,7 +92,7 @@ inline Plane downsample(const Plane& source, int W, int H, const std::vector<flo
         for (int y = stepy / 2; y < H; y += stepy) {
             double sum = 0;
             for (int k = 0; k < n; ++k)
-                sum += static_cast<double>(temp[at(mirror(y + off + k, H), W, c)]) *
+                sum += static_cast<double>(temp[at(rows[static_cast<std::size_t>(y + k)], W, c)]) *
                        static_cast<double>(taps[static_cast<std::size_t>(k)]);
             if (y / stepy < h)
                 target.at(at(y / stepy, w, c)) = static_cast<float>(sum);
