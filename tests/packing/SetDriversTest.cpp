@@ -88,9 +88,9 @@ TEST(CreateAtlas, bakes_what_was_placed_before_a_texture_that_does_not_fit) {
 
 TEST(CreateSplitAtlas, makes_three_atlases_of_ten_equal_textures) {
     TextureShelf shelf;
-    std::vector<SetTextureEntry> list;
-    for (int i = 0; i < 10; ++i)
-        list.push_back(shelf.entry(512, 512, std::to_string(i)));
+    std::vector<SetTextureEntry> list(10);
+    for (std::size_t i = 0; i < list.size(); ++i)
+        list[i] = shelf.entry(512, 512, std::to_string(i));
     const auto definition = definition_of(list, 1024);
     RecordingBake bake;
     const CapturedChannel debug(Report.debug);

@@ -125,6 +125,17 @@ TEST_P(WalkTwins, place_everything_alike) {
     }
 }
 
+TEST(Walk, agrees_with_its_twin_by_small_steps_on_large_surfaces) {
+    std::mt19937 random(11);
+    for (const auto& [width, height] : {std::pair{1024, 1024}, {1000, 1022}, {2047, 515}}) {
+        Twins twins(width, height);
+        for (int i = 0; i < 300; ++i)
+            twins.insert(16 + static_cast<std::int32_t>(random() % 80), 16 + static_cast<std::int32_t>(random() % 80),
+                         insertion_strategies[2 + random() % 2]);
+        EXPECT_TRUE(twins.agree()) << width << " x " << height;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Surfaces, WalkTwins,
                          testing::Values(RandomCase{64, 64, 17}, RandomCase{64, 64, 40}, RandomCase{128, 32, 30},
                                          RandomCase{100, 60, 21}, RandomCase{127, 63, 20}, RandomCase{63, 127, 9},
