@@ -1,5 +1,6 @@
 #include "packing/SetDrivers.h"
 
+#include "driver/records/DropMips.h"
 #include "driver/records/NaturalSize.h"
 #include "driver/records/Report.h"
 #include "driver/records/RunFlags.h"
@@ -18,8 +19,8 @@ namespace mosaicer {
 namespace {
 
 AtlasSurface surface_of(const AtlasSetDefinition& definition) {
-    return {side_without_dropped_mips(definition.width, definition.drop_mips),
-            side_without_dropped_mips(definition.height, definition.drop_mips)};
+    return {shifted_size(definition.width, definition.drop_mips),
+            shifted_size(definition.height, definition.drop_mips)};
 }
 
 BakeRequest bake_request(const AtlasSetDefinition& definition, const std::string& output_root, std::string atlas_name) {

@@ -3,19 +3,9 @@
 #include "driver/records/AtlasSetDefinition.h"
 #include "packing/BakeAtlas.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <string>
 
 namespace mosaicer {
-
-/// A side of a set's surface without its `drop_mips` top levels. Nothing is dropped for a negative number, and nothing
-/// is left (0) when all bits are.
-constexpr std::int32_t side_without_dropped_mips(std::int32_t side, std::int32_t drop_mips) {
-    return side >> std::clamp(drop_mips, 0, 31);
-}
-static_assert(side_without_dropped_mips(256, 2) == 64 && side_without_dropped_mips(256, -1) == 256 &&
-              side_without_dropped_mips(256, 40) == 0);
 
 /// Makes one atlas, textures placed one texel at a time in list order, and bakes it under the set's name.
 ///
