@@ -20,6 +20,9 @@ constexpr std::uint32_t caps2_cube_bits = 0xFE00;
 /// Sides beyond this are no image. Products of sides and bytes a pixel then fit 64 bits with room to spare.
 constexpr std::uint32_t longest_side = 1 << 24;
 
+/// Slices beyond this are no volume. A slice costs some bytes of its own, which many slices of one byte would multiply.
+constexpr std::uint32_t most_slices = 1 << 16;
+
 /// Stored bytes that are read and decoded at a time, so that they stay in the processor's cache.
 constexpr std::size_t strip_bytes = std::size_t{1} << 18;
 
@@ -202,7 +205,8 @@ void fill_info(DdsInfo& info, const DdsHeader& header, const DdsFormat& format, 
 }
 
 bool has_sound_size(const DdsInfo& info) {
-    return info.width >= 1 && info.height >= 1 && info.width <= longest_side && info.height <= longest_side;
+    return info.width >= 1 && info.height >= 1 && info.width <= longest_side && info.height <= longest_side &&
+           info.depth <= most_slices;
 }
 
 std::optional<DdsHeader> read_header(ByteSource& source) {

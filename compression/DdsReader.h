@@ -39,9 +39,10 @@ using ReadCallback = std::size_t (*)(void* destination, std::size_t count, void*
 /// wanted, 0 for all; levels beyond it are still read, and dropped. A cube map holds six faces whatever its caps name.
 /// In a palette format every image of level 0, so each face and each slice, begins with its palette.
 ///
-/// Returns 0, or UNSUPPORTED_FILE for a wrong magic, an unknown format, a side of 0 or above 2^24, or a file that ends
-/// early; the fields of the header are then filled as far as it was read, and the images read so far stay. The header's
-/// sizes and counts are not trusted: memory is taken for a level only after the file has delivered its bytes.
+/// Returns 0, or UNSUPPORTED_FILE for a wrong magic, an unknown format, a side of 0 or above 2^24, more than 2^16
+/// slices, or a file that ends early; the fields of the header are then filled as far as it was read, and the images
+/// read so far stay. The header's sizes and counts are not trusted: memory is taken for a level only after the file has
+/// delivered its bytes.
 [[nodiscard]] std::int32_t read_dds(DdsInfo& info, std::int32_t output_form, std::uint32_t level_limit,
                                     ReadCallback read, void* user);
 

@@ -117,10 +117,14 @@ FloatImage LevelSource::prepare_input(std::size_t level) const {
 }
 
 FloatImage LevelSource::prepare_made(std::size_t level) {
-    if (base_.pixels.empty())
+    const ResampleSettings settings = mip_settings(options_);
+    if (base_.pixels.empty()) {
         base_ = prepare_input(0);
+        raise_for_filter(base_, settings.gamma);
+    }
     FloatImage image{width(level), height(level), {}};
-    resample_image(base_, image, mip_filter(options_), mip_settings(options_));
+    resample_image(base_, image, mip_filter(options_), {.gamma = 0.0f, .weigh_by_alpha = settings.weigh_by_alpha});
+    raise_after_filter(image, settings.gamma);
     return image;
 }
 

@@ -42,7 +42,7 @@ private:
     std::size_t level_count_ = 0;
     std::int32_t width_ = 0;
     std::int32_t height_ = 0;
-    FloatImage base_; ///< level 0 before the output's curve, once a level has been made from it
+    FloatImage base_; ///< level 0 in the form that levels are made from, once one has been
 };
 
 } // namespace compression

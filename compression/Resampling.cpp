@@ -192,17 +192,26 @@ void resample_linear(const FloatImage& source, FloatImage& target, const Resampl
 
 } // namespace
 
+void raise_for_filter(FloatImage& image, float gamma) {
+    if (gamma != 0.0f)
+        raise_to(image.pixels, 1.0 / static_cast<double>(gamma));
+}
+
+void raise_after_filter(FloatImage& image, float gamma) {
+    if (gamma != 0.0f)
+        raise_to(image.pixels, static_cast<double>(gamma));
+}
+
 void resample_image(const FloatImage& source, FloatImage& target, const ResamplingFilter& filter,
                     const ResampleSettings& settings) {
     assert(source.width > 0 && source.height > 0 && target.width > 0 && target.height > 0);
     target = make_image(target.width, target.height);
     if (settings.gamma == 0.0f)
         return resample_linear(source, target, filter, settings.weigh_by_alpha);
-    const auto gamma = static_cast<double>(settings.gamma);
     FloatImage linear = source;
-    raise_to(linear.pixels, 1.0 / gamma);
+    raise_for_filter(linear, settings.gamma);
     resample_linear(linear, target, filter, settings.weigh_by_alpha);
-    raise_to(target.pixels, gamma);
+    raise_after_filter(target, settings.gamma);
 }
 
 void resample_image(const FloatImage& source, FloatImage& target, float gamma, std::int32_t filter_index) {
@@ -228,8 +237,16 @@ ResampleSettings mip_settings(const CompressionOptions& options) {
 
 void generate_mips(std::span<FloatImage> levels, std::size_t first_level, const CompressionOptions& options) {
     const ResamplingFilter filter = mip_filter(options);
-    for (std::size_t level = std::max<std::size_t>(first_level, 1); level < levels.size(); ++level)
-        resample_image(levels[0], levels[level], filter, mip_settings(options));
+    const ResampleSettings settings = mip_settings(options);
+    FloatImage base;
+    for (std::size_t level = std::max<std::size_t>(first_level, 1); level < levels.size(); ++level) {
+        if (base.pixels.empty()) {
+            base = levels[0];
+            raise_for_filter(base, settings.gamma);
+        }
+        resample_image(base, levels[level], filter, {.gamma = 0.0f, .weigh_by_alpha = settings.weigh_by_alpha});
+        raise_after_filter(levels[level], settings.gamma);
+    }
 }
 
 } // namespace compression

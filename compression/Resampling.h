@@ -38,6 +38,11 @@ void resample_image(const FloatImage& source, FloatImage& target, float gamma, s
 ResamplingFilter mip_filter(const CompressionOptions& options);
 ResampleSettings mip_settings(const CompressionOptions& options);
 
+/// The two halves of a resampling with gamma, for whoever resamples one image many times: samples to the power 1 /
+/// gamma, and to gamma. A gamma of 0 changes nothing; a sample below 0 counts as 0.
+void raise_for_filter(FloatImage& image, float gamma);
+void raise_after_filter(FloatImage& image, float gamma);
+
 /// Fills every level from `first_level` on from level 0. Sizes are those of the levels, whose pixels are allocated.
 void generate_mips(std::span<FloatImage> levels, std::size_t first_level, const CompressionOptions& options);
 

@@ -130,7 +130,7 @@ std::int32_t write_levels(LevelSource& source, const CompressionOptions& options
         return level_byte_count(options.g_texture_format, source.width(level), source.height(level));
     };
     // Level 0 is the largest, and every encoder fills its level whole.
-    const auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(byte_count(0));
+    const auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(std::max<std::size_t>(byte_count(0), 1));
     for (std::size_t level = 0; level < source.level_count(); ++level) {
         encode_level(source, level, options, bytes.get());
         const LevelRecord record{static_cast<std::int32_t>(level), source.width(level), source.height(level)};

@@ -1,6 +1,8 @@
 #include "compression/compress_mip_chain.h"
 
 #include "compression/ByteFloat.h"
+#include "compression/DdsHeader.h"
+#include "compression/LevelSize.h"
 #include "tests/compression/ChainRecorder.h"
 
 #include <gtest/gtest.h>
@@ -124,6 +126,36 @@ TEST(CompressMipChain, refuses_before_anything_is_written) {
         ChainRecorder recorder;
         EXPECT_EQ(recorder.compress(refused.levels, supplied(refused.format)), refused.code);
         EXPECT_TRUE(recorder.pieces.empty());
+    }
+}
+
+TEST(CompressMipChain, takes_block_sides_of_1_2_and_multiples_of_4) {
+    const std::pair<std::int32_t, std::int32_t> sizes[] = {{2, 4}, {1, 1}, {12, 12}, {8, 1}};
+    for (const auto& [width, height] : sizes)
+        EXPECT_NE(ChainRecorder().compress({patterned_level(width, height)}, supplied(FORMAT_DXT1)), IMAGE_NOT_MULT4);
+}
+
+TEST(LevelSize, counts_the_bytes_of_whole_blocks) {
+    EXPECT_EQ(level_byte_count(FORMAT_DXT5, 1, 1), 16u);
+    EXPECT_EQ(level_byte_count(FORMAT_A8R8G8B8, 1, 1), 4u);
+    EXPECT_EQ(level_byte_count(FORMAT_DXT1, 6, 6), 32u);
+    EXPECT_EQ(level_byte_count(FORMAT_DXT1_ALPHA, 5, 4), 16u);
+    EXPECT_EQ(level_byte_count(FORMAT_A8L8, 3, 5), 30u);
+    std::size_t chain = 0;
+    for (std::int32_t side = 512; side >= 1; side /= 2)
+        chain += level_byte_count(FORMAT_DXT5, side, side);
+    EXPECT_EQ(chain, 349680u - 128);
+    EXPECT_EQ(full_level_count(512, 3), 10);
+}
+
+TEST(DdsHeader, names_block_formats_by_their_code) {
+    const std::pair<std::int32_t, char> codes[] = {{0, '1'}, {1, '1'}, {2, '3'}, {3, '5'}};
+    for (const auto& [format, digit] : codes) {
+        const DdsHeader header = make_dds_header(format, 8, 4, 9);
+        EXPECT_EQ(header.pixel_format,
+                  (std::array<std::uint32_t, 8>{32, 4, 0x00545844U | static_cast<std::uint32_t>(digit) << 24}));
+        EXPECT_EQ(header.linear_size, digit == '1' ? 16u : 32u);
+        EXPECT_EQ(header.mip_count, 4u); // no more than a full chain has
     }
 }
 

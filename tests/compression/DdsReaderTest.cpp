@@ -274,6 +274,15 @@ TEST(DdsReader, takes_no_memory_for_what_a_header_promises) {
         }
 }
 
+TEST(DdsReader, refuses_more_slices_than_a_volume_has) {
+    DdsFile file = DdsFile::plain(l8, 1, 1, Bytes(65537));
+    file.header.flags |= 0x800000;
+    file.header.depth = 65536;
+    EXPECT_EQ(read_back(file.bytes()).code, OK);
+    file.header.depth = 65537;
+    EXPECT_EQ(read_back(file.bytes()).code, UNSUPPORTED_FILE);
+}
+
 TEST(DdsReader, returns_what_the_front_has_written) {
     testing::ChainRecorder recorder;
     const std::vector<LevelImage> levels{testing::patterned_level(6, 2), testing::patterned_level(3, 1),

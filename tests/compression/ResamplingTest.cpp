@@ -172,6 +172,17 @@ TEST(GenerateMips, takes_every_level_from_level_0) {
     EXPECT_EQ(reds(levels[2]), (std::vector<float>{0.4375f}));
 }
 
+TEST(GenerateMips, raises_level_0_once_and_alike) {
+    CompressionOptions options;
+    options.g_enable_filter_gamma = true;
+    std::vector<FloatImage> levels{noise(9, 6), {4, 3, {}}, {2, 1, {}}};
+    const FloatImage before = levels[0];
+    generate_mips(levels, 1, options);
+    EXPECT_EQ(levels[0].pixels, before.pixels);
+    EXPECT_EQ(levels[1].pixels, resampled(before, 4, 3, 2, 2.2f).pixels);
+    EXPECT_EQ(levels[2].pixels, resampled(before, 2, 1, 2, 2.2f).pixels);
+}
+
 TEST(GenerateMips, overrides_width_and_blur_unless_negative) {
     CompressionOptions options;
     options.g_mip_filter_type = 2;
