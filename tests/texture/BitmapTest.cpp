@@ -136,7 +136,7 @@ TEST(Bitmap, refuses_sizes_that_the_file_cannot_hold) {
 
 TEST(Bitmap, converts_what_has_a_conversion_and_fails_for_the_rest) {
     const test_support::TemporaryDirectory dir;
-    FIBITMAP* grey = FreeImage_ConvertToGreyscale(FreeImage_Allocate(2, 2, 24, 0, 0, 0));
+    FIBITMAP* grey = FreeImage_Allocate(2, 2, 8, 0, 0, 0); // its palette is the grey ramp
     FreeImage_GetBits(grey)[0] = 77;
     ASSERT_TRUE(FreeImage_Save(FIF_PNG, grey, (dir / "grey.png").c_str(), 0));
     const std::optional<Bitmap> loaded = Bitmap::load(dir / "grey.png", BitmapFormat::png);
@@ -150,8 +150,11 @@ TEST(Bitmap, converts_what_has_a_conversion_and_fails_for_the_rest) {
     ASSERT_TRUE(table.has_value());
     EXPECT_THAT(table->pixels().first(8), testing::ElementsAre(77, 77, 77, 255, 0, 0, 0, 0));
 
+    FreeImage_Unload(grey);
+
     FIBITMAP* deep_grey = FreeImage_AllocateT(FIT_UINT16, 2, 2, 16, 0, 0, 0);
     ASSERT_TRUE(FreeImage_Save(FIF_PNG, deep_grey, (dir / "deep.png").c_str(), 0));
+    FreeImage_Unload(deep_grey);
     EXPECT_FALSE(Bitmap::load(dir / "deep.png", BitmapFormat::png).has_value());
 }
 
