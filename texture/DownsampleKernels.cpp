@@ -53,7 +53,9 @@ struct Kernels {
     template <std::size_t A, std::size_t R>
     static void sweep_rows(const RowSweep& sweep) {
         Doubles sums[A][R];
+#pragma GCC unroll 16
         for (std::size_t a = 0; a < A; ++a)
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r)
                 sums[a][r] = load(sweep.sums + a * sweep.group_rows + r * Lanes::lanes);
         const std::int32_t* position = sweep.positions;
@@ -62,21 +64,27 @@ struct Kernels {
             const double* taps = sweep.taps;
             for (std::size_t p = 0; p < sweep.block; ++p, ++position, taps += sweep.segments) {
                 const double* samples = sweep.samples + static_cast<std::size_t>(*position) * sweep.group_rows;
+#pragma GCC unroll 16
                 for (std::size_t a = 0; a < A; ++a)
+#pragma GCC unroll 16
                     for (std::size_t r = 0; r < R; ++r)
                         sums[a][r] += load(samples + r * Lanes::lanes) * taps[A - 1 - a];
             }
             if (!sweep.completes)
                 continue;
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r) {
                 store_floats(output + r * Lanes::lanes, sums[0][r]);
+#pragma GCC unroll 16
                 for (std::size_t a = 1; a < A; ++a)
                     sums[a - 1][r] = sums[a][r];
                 sums[A - 1][r] = Doubles{};
             }
             output += sweep.group_rows;
         }
+#pragma GCC unroll 16
         for (std::size_t a = 0; a < A; ++a)
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r)
                 store(sweep.sums + a * sweep.group_rows + r * Lanes::lanes, sums[a][r]);
     }
@@ -86,9 +94,11 @@ struct Kernels {
         Doubles sums[C] = {};
         for (std::size_t k = 0; k < sweep.tap_count; ++k) {
             const float* row = sweep.rows + static_cast<std::size_t>(sweep.positions[k]) * sweep.pitch + column;
+#pragma GCC unroll 16
             for (std::size_t c = 0; c < C; ++c)
                 sums[c] += load_floats(row + c * Lanes::lanes) * sweep.taps[k];
         }
+#pragma GCC unroll 16
         for (std::size_t c = 0; c < C; ++c)
             store_floats(sweep.outputs + column + c * Lanes::lanes, sums[c]);
     }
@@ -114,36 +124,56 @@ template <>
 struct Kernels<Avx2Lanes> {
     template <std::size_t A, std::size_t R>
     MOSAICER_AVX2 static void sweep_rows(const RowSweep& sweep) {
+        // The shortest blocks end so often that their loop is worth unrolling.
+        if (A == max_segments && sweep.block == 2)
+            sweep_blocks<A, R>(sweep, std::integral_constant<std::size_t, 2>());
+        else if (A == max_segments && sweep.block == 4)
+            sweep_blocks<A, R>(sweep, std::integral_constant<std::size_t, 4>());
+        else
+            sweep_blocks<A, R>(sweep, sweep.block);
+    }
+
+    template <std::size_t A, std::size_t R, class Block>
+    MOSAICER_AVX2 static void sweep_blocks(const RowSweep sweep, const Block block) {
         __m256d sums[A][R];
+#pragma GCC unroll 16
         for (std::size_t a = 0; a < A; ++a)
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r)
                 sums[a][r] = _mm256_loadu_pd(sweep.sums + a * sweep.group_rows + r * 4);
         const std::int32_t* position = sweep.positions;
         float* output = sweep.outputs;
         for (std::size_t b = 0; b < sweep.blocks; ++b) {
             const double* taps = sweep.taps;
-            for (std::size_t p = 0; p < sweep.block; ++p, ++position, taps += sweep.segments) {
+            for (std::size_t p = 0; p < block; ++p, ++position, taps += sweep.segments) {
                 const double* samples = sweep.samples + static_cast<std::size_t>(*position) * sweep.group_rows;
                 __m256d sample[R];
+#pragma GCC unroll 16
                 for (std::size_t r = 0; r < R; ++r)
                     sample[r] = _mm256_loadu_pd(samples + r * 4);
+#pragma GCC unroll 16
                 for (std::size_t a = 0; a < A; ++a) {
                     const __m256d tap = _mm256_broadcast_sd(taps + (A - 1 - a));
+#pragma GCC unroll 16
                     for (std::size_t r = 0; r < R; ++r)
                         sums[a][r] = _mm256_add_pd(sums[a][r], _mm256_mul_pd(sample[r], tap));
                 }
             }
             if (!sweep.completes)
                 continue;
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r) {
                 _mm_storeu_ps(output + r * 4, _mm256_cvtpd_ps(sums[0][r]));
+#pragma GCC unroll 16
                 for (std::size_t a = 1; a < A; ++a)
                     sums[a - 1][r] = sums[a][r];
                 sums[A - 1][r] = _mm256_setzero_pd();
             }
             output += sweep.group_rows;
         }
+#pragma GCC unroll 16
         for (std::size_t a = 0; a < A; ++a)
+#pragma GCC unroll 16
             for (std::size_t r = 0; r < R; ++r)
                 _mm256_storeu_pd(sweep.sums + a * sweep.group_rows + r * 4, sums[a][r]);
     }
@@ -151,14 +181,17 @@ struct Kernels<Avx2Lanes> {
     template <std::size_t C>
     MOSAICER_AVX2 static void sweep_columns_at(const ColumnSweep& sweep, std::size_t column) {
         __m256d sums[C];
+#pragma GCC unroll 16
         for (std::size_t c = 0; c < C; ++c)
             sums[c] = _mm256_setzero_pd();
         for (std::size_t k = 0; k < sweep.tap_count; ++k) {
             const float* row = sweep.rows + static_cast<std::size_t>(sweep.positions[k]) * sweep.pitch + column;
             const __m256d tap = _mm256_broadcast_sd(sweep.taps + k);
+#pragma GCC unroll 16
             for (std::size_t c = 0; c < C; ++c)
                 sums[c] = _mm256_add_pd(sums[c], _mm256_mul_pd(_mm256_cvtps_pd(_mm_loadu_ps(row + c * 4)), tap));
         }
+#pragma GCC unroll 16
         for (std::size_t c = 0; c < C; ++c)
             _mm_storeu_ps(sweep.outputs + column + c * 4, _mm256_cvtpd_ps(sums[c]));
     }

@@ -63,6 +63,7 @@ void filter_mips_gamma(MipChain& chain, MipFilter filter, compression::SimdLevel
     }
 
     const std::span<Bitmap> levels = std::span(chain).subspan(1);
+    PlaneFilter plane_filter(base, filters, downsample_kernels(simd));
     for (std::size_t channel = 0; channel < channels; ++channel) {
         const auto pixels = chain.front().pixels();
         // Every window over equal samples adds the same numbers in the same order.
@@ -73,7 +74,7 @@ void filter_mips_gamma(MipChain& chain, MipFilter filter, compression::SimdLevel
             for (Bitmap& level : levels)
                 copy_channel(level, *twin, channel);
         } else {
-            filter_plane(base, channel, filters, levels, downsample_kernels(simd));
+            plane_filter.run(channel, levels);
         }
     }
 }

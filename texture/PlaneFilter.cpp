@@ -4,19 +4,16 @@
 
 #include <algorithm>
 #include <cassert>
-#include <memory>
 #include <vector>
 
 namespace mosaicer {
 namespace {
 
-constexpr std::size_t most_group_rows = 16; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
+constexpr std::size_t most_group_rows = 8; ///< 2,048 columns of 16 doubles take half of a usual second-level cache
 
-/// The rows of a group in turned order: sample (x, row) at [x * rows + row].
-struct RowGroup {
-    std::size_t rows; ///< lanes, a power of two; those beyond the picture hold zeros
-    std::vector<double> samples;
-};
+/// Pixels that are turned together. The rows of a picture often lie a power of two apart and so share a few cache sets;
+/// turned pixel by pixel, 16 of them would push each other out.
+constexpr std::size_t tile = 16;
 
 /// Doubles of the decoded floats.
 std::array<double, 256> decoding_table() {
@@ -27,10 +24,15 @@ std::array<double, 256> decoding_table() {
 
 void decode_rows(const std::uint8_t* pixels, std::size_t width, std::size_t rows, RowGroup& group) {
     static const std::array<double, 256> decoded = decoding_table();
-    double* sample = group.samples.data();
-    for (std::size_t x = 0; x < width; ++x, sample += group.rows, pixels += 4)
-        for (std::size_t row = 0; row < rows; ++row)
-            sample[row] = decoded[pixels[row * width * 4]];
+    for (std::size_t left = 0; left < width; left += tile) {
+        const std::size_t right = std::min(left + tile, width);
+        for (std::size_t row = 0; row < rows; ++row) {
+            const std::uint8_t* source = pixels + row * width * 4;
+            double* target = group.samples.data() + row;
+            for (std::size_t x = left; x < right; ++x)
+                target[x * group.rows] = decoded[source[x * 4]];
+        }
+    }
 }
 
 /// Sweeps a group along x: outputs[j * group.rows + row] for all outputs of the filter.
@@ -80,63 +82,6 @@ private:
     std::array<double, max_segments * most_group_rows> sums_{};
 };
 
-/// One level behind its x axis, as many rows as the source.
-struct HalfFiltered {
-    const LevelFilter* filter;
-    Bitmap* target;
-    std::size_t pitch; ///< floats
-    std::unique_ptr<float[]> samples;
-};
-
-HalfFiltered half_filtered(const LevelFilter& filter, Bitmap& target, std::size_t source_rows) {
-    const std::size_t pitch = (filter.x.outputs + 3) / 4 * 4;
-    // Columns beyond the level are summed with the others and never stored, but they must hold numbers.
-    return {&filter, &target, pitch, std::make_unique<float[]>(pitch * source_rows)};
-}
-
-/// Turns a group's outputs back into rows of the level.
-void store_rows(const std::vector<float>& outputs, std::size_t group_rows, std::size_t rows, std::size_t first_row,
-                HalfFiltered& level) {
-    for (std::size_t row = 0; row < rows; ++row) {
-        float* target = level.samples.get() + (first_row + row) * level.pitch;
-        for (std::size_t x = 0; x < level.filter->x.outputs; ++x)
-            target[x] = outputs[x * group_rows + row];
-    }
-}
-
-void filter_rows(const Bitmap& base, std::size_t channel, std::span<HalfFiltered> levels,
-                 const DownsampleKernels& kernels) {
-    const auto width = static_cast<std::size_t>(base.width());
-    const auto height = static_cast<std::size_t>(base.height());
-    RowGroup group{height > 8 ? most_group_rows : height > 4 ? 8u : 4u, {}};
-    group.samples.resize(width * group.rows);
-    std::vector<float> outputs(levels.front().filter->x.outputs * group.rows);
-    for (std::size_t y = 0; y < height; y += group.rows) {
-        const std::size_t rows = std::min(group.rows, height - y);
-        decode_rows(base.pixels().data() + y * width * 4 + channel, width, rows, group);
-        for (HalfFiltered& level : levels) {
-            RowFilter(level.filter->x, group, kernels, outputs.data()).run();
-            store_rows(outputs, group.rows, rows, y, level);
-        }
-    }
-}
-
-void filter_columns(const HalfFiltered& level, std::size_t channel, const DownsampleKernels& kernels) {
-    const AxisFilter& axis = level.filter->y;
-    std::vector<float> row(level.pitch);
-    std::uint8_t* pixel = level.target->pixels().data() + channel;
-    for (std::size_t y = 0; y < axis.outputs; ++y) {
-        kernels.sweep_columns({.rows = level.samples.get(),
-                               .pitch = level.pitch,
-                               .positions = axis.positions.data() + y * axis.block,
-                               .taps = axis.taps.data(),
-                               .tap_count = axis.block,
-                               .outputs = row.data()});
-        for (std::size_t x = 0; x < level.filter->x.outputs; ++x, pixel += 4)
-            *pixel = encoded_byte(row[x]);
-    }
-}
-
 } // namespace
 
 LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int32_t level_height,
@@ -146,22 +91,80 @@ LevelFilter::LevelFilter(const Bitmap& base, std::int32_t level_width, std::int3
       x(base.width(), level_width, kernel, AxisFilter::Layout::shared_blocks),
       y(base.height(), level_height, kernel, AxisFilter::Layout::separate_windows) {}
 
-void filter_plane(const Bitmap& base, std::size_t channel, std::span<const LevelFilter> filters,
-                  std::span<Bitmap> targets, const DownsampleKernels& kernels) {
-    assert(filters.size() == targets.size());
+PlaneFilter::PlaneFilter(const Bitmap& base, std::span<const LevelFilter> filters, const DownsampleKernels& kernels)
+    : base_(base),
+      kernels_(kernels),
+      group_{base.height() > 8   ? most_group_rows
+             : base.height() > 4 ? 8u
+                                 : 4u,
+             {}} {
     const auto width = static_cast<std::size_t>(base.width());
-    const auto height = static_cast<std::size_t>(base.height());
-    // The levels of a usual picture go in one batch, being half as wide each time. In a narrow and high one they stop
-    // at one column while more levels follow; batches bound what they hold.
-    for (std::size_t i = 0; i < filters.size();) {
-        std::vector<HalfFiltered> batch;
-        for (std::size_t columns = 0; i < filters.size() && (batch.empty() || columns < width + 16); ++i) {
-            batch.push_back(half_filtered(filters[i], targets[i], height));
-            columns += batch.back().pitch;
+    group_.samples.resize(width * group_.rows);
+    for (const LevelFilter& filter : filters)
+        levels_.emplace_back(filter, group_.rows);
+    if (!levels_.empty())
+        turned_.resize(filters.front().x.outputs * group_.rows);
+}
+
+PlaneFilter::Level::Level(const LevelFilter& level_filter, std::size_t group_rows)
+    : filter(level_filter),
+      pitch((level_filter.x.outputs + 3) / 4 * 4),
+      slots(level_filter.y.positions),
+      ready(level_filter.y.outputs),
+      line(pitch) {
+    std::size_t rows = 0; // behind the x axis when an output is made: whole groups
+    for (std::size_t y = 0; y < ready.size(); ++y) {
+        const auto window = std::span(slots).subspan(y * filter.y.block, filter.y.block);
+        const auto [first, last] = std::minmax_element(window.begin(), window.end());
+        rows = std::max(rows, (static_cast<std::size_t>(*last) / group_rows + 1) * group_rows);
+        ready[y] = rows;
+        capacity = std::max(capacity, rows - static_cast<std::size_t>(*first));
+    }
+    for (std::int32_t& slot : slots)
+        slot = static_cast<std::int32_t>(static_cast<std::size_t>(slot) % capacity);
+    ring.resize(capacity * pitch);
+}
+
+void PlaneFilter::run(std::size_t channel, std::span<Bitmap> targets) {
+    assert(levels_.size() == targets.size());
+    const auto width = static_cast<std::size_t>(base_.width());
+    const auto height = static_cast<std::size_t>(base_.height());
+    for (Level& level : levels_)
+        level.next = 0;
+    for (std::size_t y = 0; y < height; y += group_.rows) {
+        decode_rows(base_.pixels().data() + y * width * 4 + channel, width, std::min(group_.rows, height - y), group_);
+        for (std::size_t i = 0; i < levels_.size(); ++i) {
+            RowFilter(levels_[i].filter.x, group_, kernels_, turned_.data()).run();
+            store_rows(levels_[i], y);
+            make_outputs(levels_[i], y + group_.rows, targets[i].pixels().subspan(channel));
         }
-        filter_rows(base, channel, batch, kernels);
-        for (const HalfFiltered& level : batch)
-            filter_columns(level, channel, kernels);
+    }
+}
+
+void PlaneFilter::store_rows(Level& level, std::size_t first_row) const {
+    const std::size_t width = level.filter.x.outputs;
+    for (std::size_t left = 0; left < width; left += tile) {
+        const std::size_t right = std::min(left + tile, width);
+        for (std::size_t row = 0; row < group_.rows; ++row) {
+            float* target = level.ring.data() + (first_row + row) % level.capacity * level.pitch;
+            for (std::size_t x = left; x < right; ++x)
+                target[x] = turned_[x * group_.rows + row];
+        }
+    }
+}
+
+void PlaneFilter::make_outputs(Level& level, std::size_t rows, std::span<std::uint8_t> channel) const {
+    const AxisFilter& axis = level.filter.y;
+    const std::size_t width = level.filter.x.outputs;
+    for (; level.next < axis.outputs && level.ready[level.next] <= rows; ++level.next) {
+        kernels_.sweep_columns({.rows = level.ring.data(),
+                                .pitch = level.pitch,
+                                .positions = level.slots.data() + level.next * axis.block,
+                                .taps = axis.taps.data(),
+                                .tap_count = axis.block,
+                                .outputs = level.line.data()});
+        for (std::size_t x = 0; x < width; ++x)
+            channel[(level.next * width + x) * 4] = encoded_byte(level.line[x]);
     }
 }
 

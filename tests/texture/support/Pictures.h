@@ -29,7 +29,7 @@ inline Bitmap hard_edges(std::int32_t width, std::int32_t height) {
     Bitmap bitmap(width, height);
     std::mt19937 random(2);
     for (std::uint8_t& value : bitmap.pixels())
-        value = (random() & 1) != 0 ? 255 : 0;
+        value = (random() & 1) != 0 ? std::uint8_t{255} : std::uint8_t{0};
     return bitmap;
 }
 
@@ -40,7 +40,8 @@ inline Bitmap photo(std::int32_t width, std::int32_t height) {
         for (std::int32_t x = 0; x < width * 4; ++x) {
             std::uint8_t& value = bitmap.row(y)[x];
             const double wave = std::sin((x % 4 + 1) * (x / 4) / 37.0) * std::cos(y / 53.0);
-            value = x % 4 == 3 ? 255 : static_cast<std::uint8_t>(120 + 100 * wave + value / 8);
+            const auto colour = static_cast<std::uint8_t>(120 + 100 * wave + value / 8);
+            value = x % 4 == 3 ? std::uint8_t{255} : colour;
         }
     return bitmap;
 }
