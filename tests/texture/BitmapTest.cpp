@@ -134,6 +134,42 @@ TEST(Bitmap, refuses_sizes_that_the_file_cannot_hold) {
     EXPECT_FALSE(Bitmap::load(dir / "a.tga", BitmapFormat::tga).has_value());
 }
 
+TEST(Bitmap, reads_run_length_files_but_only_with_exactly_the_runs_of_their_pixels) {
+    const test_support::TemporaryDirectory dir;
+    // 3 by 2, 32 bits, rows from the top: a run of two, one single pixel, a run of three.
+    const std::string head("\0\0\x0A\0\0\0\0\0\0\0\0\0\x03\0\x02\0\x20\x28", 18);
+    const std::string start = head + "\x81" + "abcd" + std::string("\0", 1) + "efgh";
+    dir.write("whole.tga", start + "\x82" + "ijkl");
+    const std::optional<Bitmap> whole = Bitmap::load(dir / "whole.tga", BitmapFormat::tga);
+    ASSERT_TRUE(whole.has_value());
+    const std::uint32_t first = 0x64636261;
+    const std::uint32_t last = 0x6C6B6A69;
+    EXPECT_EQ(rows_of(*whole), (Rows{{first, first, 0x68676665}, {last, last, last}}));
+
+    dir.write("long.tga", start + "\x83" + "ijkl");
+    EXPECT_FALSE(Bitmap::load(dir / "long.tga", BitmapFormat::tga).has_value());
+    dir.write("short.tga", start + "\x81" + "ijkl");
+    EXPECT_FALSE(Bitmap::load(dir / "short.tga", BitmapFormat::tga).has_value());
+}
+
+TEST(Bitmap, survives_every_flipped_byte) {
+    const test_support::TemporaryDirectory dir;
+    std::mt19937 random(8);
+    const Bitmap picture = noise(5, 3, random);
+    for (const BitmapFormat format : {BitmapFormat::bmp, BitmapFormat::png, BitmapFormat::tga}) {
+        ASSERT_TRUE(picture.save(dir / "whole", format));
+        const std::string bytes = dir.read("whole");
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            for (const char value : {'\0', '\x7F', '\xFF'}) {
+                std::string flipped = bytes;
+                flipped[i] = value;
+                dir.write("flipped", flipped);
+                const std::optional<Bitmap> loaded = Bitmap::load(dir / "flipped", format);
+                EXPECT_TRUE(!loaded || loaded->width() * loaded->height() <= 1 << 20) << "at " << i;
+            }
+    }
+}
+
 TEST(Bitmap, converts_what_has_a_conversion_and_fails_for_the_rest) {
     const test_support::TemporaryDirectory dir;
     FIBITMAP* grey = FreeImage_Allocate(2, 2, 8, 0, 0, 0); // its palette is the grey ramp
