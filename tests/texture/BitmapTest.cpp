@@ -69,15 +69,6 @@ TEST(Bitmap, turns_clockwise) {
     EXPECT_EQ(rows_of(picture.rotate(270)), (Rows{{3, 6}, {2, 5}, {1, 4}}));
 }
 
-TEST(Bitmap, counts_rows_from_the_top_and_stores_them_from_the_bottom) {
-    Bitmap picture(2, 3);
-    EXPECT_TRUE(picture.set_pixel(1, 0, std::array<std::uint8_t, 4>{9, 8, 7, 6}));
-    EXPECT_FALSE(picture.set_pixel(2, 0, std::array<std::uint8_t, 4>{1, 1, 1, 1}));
-    EXPECT_FALSE(picture.set_pixel(0, 3, std::array<std::uint8_t, 4>{1, 1, 1, 1}));
-    EXPECT_THAT(picture.pixels().subspan(2 * 2 * 4 + 4, 4), testing::ElementsAre(9, 8, 7, 6));
-    EXPECT_EQ(std::count(picture.pixels().begin(), picture.pixels().end(), 0), 2 * 3 * 4 - 4);
-}
-
 TEST(Bitmap, keeps_all_four_channels_through_every_file_format) {
     const test_support::TemporaryDirectory dir;
     std::mt19937 random(3);
@@ -192,15 +183,6 @@ TEST(Bitmap, converts_what_has_a_conversion_and_fails_for_the_rest) {
     ASSERT_TRUE(FreeImage_Save(FIF_PNG, deep_grey, (dir / "deep.png").c_str(), 0));
     FreeImage_Unload(deep_grey);
     EXPECT_FALSE(Bitmap::load(dir / "deep.png", BitmapFormat::png).has_value());
-}
-
-TEST(Bitmap, tells_the_size_that_it_cannot_make) {
-    try {
-        Bitmap(0, 3);
-        FAIL();
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Unable to allocate an image of 0 by 3 pixels");
-    }
 }
 
 } // namespace
