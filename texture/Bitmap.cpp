@@ -1,18 +1,15 @@
 #include "texture/Bitmap.h"
 
+#include "texture/BitmapFileCheck.h"
 #include "texture/OutputFile.h"
 
 #include <FreeImage.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace mosaicer {
@@ -55,40 +52,6 @@ FREE_IMAGE_FORMAT library_format(BitmapFormat format) {
     return FIF_BMP;
 }
 
-using FileHead = std::array<std::uint8_t, 34>;
-
-std::int64_t little_endian(const FileHead& head, std::size_t offset, std::size_t count) {
-    std::int64_t value = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        value |= std::int64_t{head[offset + i]} << (8 * i);
-    return value;
-}
-
-/// The least number of bytes that a file needs for a picture. `bits` is the pixel size that the library sees.
-std::int64_t least_file_size(BitmapFormat format, const FileHead& head, std::int64_t width, std::int64_t height,
-                             std::int64_t bits) {
-    const std::int64_t pixels = width * height;
-    switch (format) {
-    case BitmapFormat::png:
-        // Deflate turns one byte into 1,032 at best, and a byte holds at most 8 pixels.
-        return pixels / 8 / 1032;
-    case BitmapFormat::tga: {
-        // Run-length types have numbers from 9 on; a packet covers 128 pixels.
-        const std::int64_t colour_map = head[1] == 0 ? 0 : little_endian(head, 5, 2) * ((head[7] + 7) / 8);
-        return head[2] >= 9 ? pixels / 128 : 18 + head[0] + colour_map + pixels * ((head[16] + 7) / 8);
-    }
-    case BitmapFormat::bmp:
-        break;
-    }
-    // Compression 1 and 2 are run lengths, where a file may also end early or skip; 16,384 pixels a byte are beyond
-    // use.
-    const bool has_compression_field = little_endian(head, 14, 4) >= 40;
-    if (has_compression_field && (head[30] == 1 || head[30] == 2))
-        return pixels / 16384;
-    // Rows are filled up to 4 bytes; some writers leave the last row's filling out.
-    return little_endian(head, 10, 4) + (width * bits + 31) / 32 * 4 * height - 3;
-}
-
 /// Asks for the header alone, so that a short file cannot make us take memory for a picture that it does not hold.
 bool size_is_plausible(const std::string& path, BitmapFormat format) {
     const Handle header(FreeImage_Load(library_format(format), path.c_str(), FIF_LOAD_NOPIXELS));
@@ -100,13 +63,7 @@ bool size_is_plausible(const std::string& path, BitmapFormat format) {
         width * height > max_image_pixels)
         return false;
 
-    FileHead head{};
-    std::ifstream file(path, std::ios::binary);
-    file.read(reinterpret_cast<char*>(head.data()), head.size());
-    std::error_code error;
-    const std::uintmax_t file_size = std::filesystem::file_size(path, error);
-    return !error && static_cast<std::uintmax_t>(
-                         least_file_size(format, head, width, height, FreeImage_GetBPP(header.get()))) <= file_size;
+    return file_can_hold(path, format, {width, height, FreeImage_GetBPP(header.get())});
 }
 
 unsigned write_to_file(void* buffer, unsigned size, unsigned count, fi_handle handle) {

@@ -72,7 +72,8 @@ std::array<float, 4> average_colour(const Bitmap& bitmap) {
         red += static_cast<float>(pixel[2]);
         alpha += static_cast<float>(pixel[3]);
     }
-    const float factor = 1.0f / (static_cast<float>(bitmap.pixels().size() / 4) * 255.0f);
+    const std::size_t count = bitmap.pixels().size() / 4;
+    const float factor = 1.0f / (static_cast<float>(count) * 255.0f);
     return {red * factor, green * factor, blue * factor, alpha * factor};
 }
 

@@ -67,25 +67,6 @@ TEST(SaveImage, moves_red_of_a_bump_map_into_alpha_before_it_looks_at_the_format
               "Compressed format specified for image containing bumpmaps; r->a, r->0 and b->0\n");
 }
 
-TEST(SaveImage, writes_level_0_alone_through_the_bitmap_library) {
-    const TemporaryDirectory dir;
-    const struct {
-        TextureFileFormat format;
-        BitmapFormat read_as;
-    } cases[] = {{TextureFileFormat::TGA, BitmapFormat::tga},
-                 {TextureFileFormat::PNG, BitmapFormat::png},
-                 {TextureFileFormat::BMP, BitmapFormat::bmp}};
-    for (const auto& c : cases) {
-        MipChain chain = two_levels();
-        EXPECT_TRUE(save_image(chain, TexelFormat::AF_A8R8G8B8, c.format, dir / "image"));
-        const std::optional<Bitmap> back = Bitmap::load(dir / "image", c.read_as);
-        ASSERT_TRUE(back.has_value());
-        EXPECT_EQ(rows_of(*back), rows_of(chain[0]));
-        EXPECT_FALSE(save_image(chain, TexelFormat::AF_A8R8G8B8, c.format, dir / "none/image"));
-        EXPECT_FALSE(save_image(chain, TexelFormat::AF_A8R8G8B8, c.format, "/dev/full"));
-    }
-}
-
 struct RefusedCase {
     TexelFormat texel_format;
     TextureFileFormat file_format;
@@ -117,11 +98,12 @@ TEST(SaveImage, refuses_with_a_text) {
 
 TEST(SaveImage, leaves_no_file_behind_that_was_not_finished) {
     const TemporaryDirectory dir;
-    dir.write("a.dds", "of an earlier run");
+    const std::string path = dir.write("a.dds", "of an earlier run");
     MipChain chain; // no levels: the library refuses before the first byte
-    EXPECT_EQ(failure_text([&] { save_image(chain, TexelFormat::AF_A8R8G8B8, TextureFileFormat::DDS, dir / "a.dds"); }),
-              "Error saving image to file " + dir / "a.dds");
-    EXPECT_FALSE(std::filesystem::exists(dir / "a.dds"));
+    EXPECT_EQ(failure_text([&] { save_image(chain, TexelFormat::AF_A8R8G8B8, TextureFileFormat::DDS, path); }),
+              "Error saving image to file " + path);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(save_image(chain, TexelFormat::AF_A8R8G8B8, TextureFileFormat::PNG, path));
 }
 
 TEST(CreateDirectories, makes_every_part_with_its_case_kept_and_lets_existing_ones_pass) {

@@ -85,14 +85,5 @@ TEST(ReadImageFile, gives_dds_levels_with_the_first_stored_row_at_the_bottom) {
     EXPECT_TRUE(volume->mips.empty());
 }
 
-TEST(ReadImageFile, fails_for_every_prefix_of_a_dds_file) {
-    const TemporaryDirectory dir;
-    const std::string whole = dds_file({solid(4, 4, 1), solid(2, 2, 2), solid(1, 1, 3)});
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        dir.write("cut.dds", whole.substr(0, size));
-        EXPECT_FALSE(read_image_file(dir / "cut.dds", FileLevels::all).has_value()) << size;
-    }
-}
-
 } // namespace
 } // namespace mosaicer

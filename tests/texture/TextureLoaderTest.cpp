@@ -84,14 +84,6 @@ TEST(LoadImage, keeps_the_levels_of_a_complete_file_and_warns_once_about_any_oth
     EXPECT_EQ(rows_of(load_image({dir / "full.dds", 2, 2}, keep).mips[1]), (Rows{{0xFF000000}})) << "BOX in draft mode";
 }
 
-TEST(LoadImage, reads_one_level_without_mips) {
-    const TemporaryDirectory dir;
-    const ReportCapture report;
-    dir.write("a.dds", dds_file({solid(2, 2, 1), {{2}}}));
-    EXPECT_EQ(load_image({dir / "a.dds", 2, 2}, {.with_mips = false, .mip_filter = MipFilter::KEEP}).mips.size(), 1u);
-    EXPECT_EQ(report.warnings.str(), "");
-}
-
 TEST(LoadImage, rotates_every_level_clockwise_after_the_forced_size) {
     const TemporaryDirectory dir;
     dir.write("a.dds", dds_file({solid(4, 4, 9), {{1, 2}, {3, 4}}, {{7}}}));
