@@ -1,0 +1,193 @@
+#include "compression/PaletteBounds.h"
+
+#include <cstring>
+
+namespace compression {
+
+DistanceTables::DistanceTables(const BlockContext& block)
+    : pixel_count(static_cast<std::size_t>(block.count)), offers_black(block.format == 0) {
+    for (std::size_t c = 0; c < 3; ++c) {
+        weights[c] = static_cast<float>(block.weights[c]);
+        for (std::size_t i = 0; i < pixel_count; ++i)
+            bytes[c][i] = static_cast<float>(block.colours[i][c] * 255.0);
+    }
+}
+
+// The bodies below are compiled once per instruction set; eight lanes become two registers of four without AVX2.
+#define COMPRESSION_INLINE [[gnu::always_inline]] inline
+
+namespace {
+
+typedef float Lanes __attribute__((vector_size(32)));
+typedef float HalfLanes __attribute__((vector_size(16)));
+
+COMPRESSION_INLINE void load(const float* from, Lanes& to) {
+    std::memcpy(&to, from, sizeof(Lanes));
+}
+
+COMPRESSION_INLINE void store(const Lanes& from, float* to) {
+    std::memcpy(to, &from, sizeof(Lanes));
+}
+
+COMPRESSION_INLINE float least(float a, float b) {
+    return a < b ? a : b;
+}
+
+COMPRESSION_INLINE float sum_of(const Lanes& v) {
+    HalfLanes low;
+    HalfLanes high;
+    std::memcpy(&low, &v, sizeof(low));
+    std::memcpy(&high, reinterpret_cast<const char*>(&v) + sizeof(low), sizeof(high));
+    const HalfLanes sum = low + high;
+    return (sum[0] + sum[2]) + (sum[1] + sum[3]);
+}
+
+// Squared distance of `x` to the interval `low`..`high`.
+COMPRESSION_INLINE float box_distance(float x, float low, float high, float weight) {
+    float beyond = low - x > x - high ? low - x : x - high;
+    beyond = beyond > 0.0f ? beyond : 0.0f;
+    return weight * beyond * (weight * beyond);
+}
+
+COMPRESSION_INLINE void fill_body(DistanceTables& tables) {
+    for (std::size_t c = 0; c < 3; ++c) {
+        const float weight = tables.weights[c];
+        PixelRow mask{};
+        for (std::size_t i = 0; i < 16; ++i)
+            mask[i] = i < tables.pixel_count ? weight : 0.0f;
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            PixelRow& row = tables.squared[c][byte];
+            for (std::size_t i = 0; i < 16; ++i) {
+                const float difference = mask[i] * (tables.bytes[c][i] - static_cast<float>(byte));
+                row[i] = difference * difference;
+            }
+        }
+    }
+}
+
+// A third of a whole number, cut. The half keeps the product away from whole numbers.
+COMPRESSION_INLINE float cut_third(int sum) {
+    return static_cast<float>(static_cast<int>((static_cast<float>(sum) + 0.5f) * (1.0f / 3.0f)));
+}
+
+// The intervals of the entries between the ends i and j, by j.
+struct Mixes {
+    alignas(64) std::array<float, 64> low;
+    alignas(64) std::array<float, 64> high;
+};
+
+COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const WalkEnds& ends, int i,
+                                         PairBounds& bounds) {
+    const auto first = static_cast<std::size_t>(i + 1) & ~std::size_t{7};
+    const auto last = static_cast<std::size_t>(ends.count);
+    const auto end0 = static_cast<std::size_t>(i);
+    std::array<Mixes, 3> thirds;
+    std::array<Mixes, 3> two_thirds;
+    std::array<Mixes, 3> halves;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const int low0 = ends.low[c][end0];
+        const int high0 = ends.high[c][end0];
+        for (std::size_t j = first; j < last; ++j) {
+            const int low1 = ends.low[c][j];
+            const int high1 = ends.high[c][j];
+            thirds[c].low[j] = cut_third(2 * low0 + low1);
+            thirds[c].high[j] = cut_third(2 * high0 + high1);
+            two_thirds[c].low[j] = cut_third(low0 + 2 * low1);
+            two_thirds[c].high[j] = cut_third(high0 + 2 * high1);
+            halves[c].low[j] = static_cast<float>((low0 + low1) / 2);
+            halves[c].high[j] = static_cast<float>((high0 + high1) / 2);
+        }
+    }
+    for (std::size_t j = first; j < last; ++j)
+        bounds.three[j] = bounds.four[j] = 0;
+    for (std::size_t pixel = 0; pixel < tables.pixel_count; ++pixel) {
+        const float x0 = tables.bytes[0][pixel];
+        const float x1 = tables.bytes[1][pixel];
+        const float x2 = tables.bytes[2][pixel];
+        const float w0 = tables.weights[0];
+        const float w1 = tables.weights[1];
+        const float w2 = tables.weights[2];
+        const float to_end0 = ends.distance[pixel][end0];
+        const float black = tables.squared[0][0][pixel] + tables.squared[1][0][pixel] + tables.squared[2][0][pixel];
+        const float to_fixed = tables.offers_black ? least(to_end0, black) : to_end0;
+        const std::array<float, 64>& to_end1 = ends.distance[pixel];
+        const auto to_mix = [&](const std::array<Mixes, 3>& mix, std::size_t j) __attribute__((always_inline)) {
+            return box_distance(x0, mix[0].low[j], mix[0].high[j], w0) +
+                   box_distance(x1, mix[1].low[j], mix[1].high[j], w1) +
+                   box_distance(x2, mix[2].low[j], mix[2].high[j], w2);
+        };
+        for (std::size_t j = first; j < last; ++j) {
+            bounds.four[j] += least(least(to_end0, to_end1[j]), least(to_mix(thirds, j), to_mix(two_thirds, j)));
+            bounds.three[j] += least(least(to_fixed, to_end1[j]), to_mix(halves, j));
+        }
+    }
+}
+
+COMPRESSION_INLINE void add_boxes_body(const DistanceTables& tables, std::size_t channel, const EntryBytes& low,
+                                       const EntryBytes& high, EntryRows& rows) {
+    for (std::size_t entry = 0; entry < 4; ++entry)
+        for (std::size_t i = 0; i < 16; ++i)
+            rows[entry][i] += i < tables.pixel_count
+                                  ? box_distance(tables.bytes[channel][i], static_cast<float>(low[entry]),
+                                                 static_cast<float>(high[entry]), tables.weights[channel])
+                                  : 0.0f;
+}
+
+COMPRESSION_INLINE void sum_least_body(const DistanceTables& tables, std::size_t channel, const EntryRows& rows,
+                                       std::span<const EntryBytes> choices, float* sums) {
+    std::array<Lanes, 8> base;
+    for (std::size_t entry = 0; entry < 4; ++entry)
+        for (std::size_t half = 0; half < 2; ++half)
+            load(&rows[entry][8 * half], base[entry * 2 + half]);
+    for (const EntryBytes& bytes : choices) {
+        Lanes total{};
+        for (std::size_t half = 0; half < 2; ++half) {
+            Lanes nearest;
+            for (std::size_t entry = 0; entry < 4; ++entry) {
+                Lanes distance;
+                load(&tables.squared[channel][static_cast<std::size_t>(bytes[entry])][8 * half], distance);
+                distance += base[entry * 2 + half];
+                nearest = entry == 0 ? distance : (distance < nearest ? distance : nearest);
+            }
+            total += nearest;
+        }
+        *sums++ = sum_of(total);
+    }
+}
+
+#define COMPRESSION_PALETTE_BOUNDS(name, target_attribute)                                                           \
+    target_attribute void fill_##name(DistanceTables& tables) {                                                      \
+        fill_body(tables);                                                                                           \
+    }                                                                                                                \
+    target_attribute void bound_pairs_##name(const DistanceTables& tables, const WalkEnds& ends, int i,              \
+                                             PairBounds& bounds) {                                                   \
+        bound_pairs_body(tables, ends, i, bounds);                                                                   \
+    }                                                                                                                \
+    target_attribute void add_boxes_##name(const DistanceTables& tables, std::size_t channel, const EntryBytes& low, \
+                                           const EntryBytes& high, EntryRows& rows) {                                \
+        add_boxes_body(tables, channel, low, high, rows);                                                            \
+    }                                                                                                                \
+    target_attribute void sum_least_##name(const DistanceTables& tables, std::size_t channel, const EntryRows& rows, \
+                                           std::span<const EntryBytes> choices, float* sums) {                       \
+        sum_least_body(tables, channel, rows, choices, sums);                                                        \
+    }
+
+COMPRESSION_PALETTE_BOUNDS(plain, )
+#if defined(__x86_64__)
+COMPRESSION_PALETTE_BOUNDS(avx2, __attribute__((target("avx2"))))
+#endif
+
+constexpr std::array kernels {
+    PaletteBoundKernels{SimdLevel::scalar, fill_plain, bound_pairs_plain, add_boxes_plain, sum_least_plain},
+#if defined(__x86_64__)
+        PaletteBoundKernels{SimdLevel::avx2, fill_avx2, bound_pairs_avx2, add_boxes_avx2, sum_least_avx2},
+#endif
+};
+
+} // namespace
+
+std::span<const PaletteBoundKernels> palette_bound_kernels() {
+    return {kernels.data(), best_simd_level() == SimdLevel::avx2 ? kernels.size() : 1};
+}
+
+} // namespace compression
