@@ -1,6 +1,8 @@
 #include "compression/ClusterFit.h"
+#include "compression/CompressionOptions.h"
 #include "compression/ExhaustiveSearch.h"
 #include "compression/FastFit.h"
+#include "compression/FastFitBatch.h"
 #include "compression/PaletteError.h"
 #include "tests/compression/TestBlocks.h"
 #include "tests/compression/oracle/Searches.h"
@@ -19,6 +21,66 @@ void expect_equal(const BlockContext& fast, const BlockContext& plain, const std
     EXPECT_EQ(fast.end1, plain.end1) << kind;
     EXPECT_EQ(fast.colour_count, plain.colour_count) << kind;
     EXPECT_TRUE(std::equal(fast.indices.begin(), fast.indices.begin() + fast.count, plain.indices.begin())) << kind;
+}
+
+TEST(FastFit, and_evaluation_are_the_plain_ones) {
+    for (const TestBlock& block : test_blocks(100))
+        for (const int colour_count : {3, 4}) {
+            BlockContext fast = make_context(block);
+            BlockContext plain = fast;
+            fast_fit(fast, colour_count);
+            oracle::fast_fit(plain, colour_count);
+            expect_equal(fast, plain, block.kind);
+            EXPECT_EQ(evaluate_palette(fast), oracle::evaluate_palette(plain));
+            expect_equal(fast, plain, block.kind);
+        }
+}
+
+// What the plain fit makes of one lane: three colours with the evaluation's indices if they are no worse.
+BlockContext solve_plainly(const TestBlock& block, bool may_choose) {
+    BlockContext four = make_context(block);
+    oracle::fast_fit(four, 4);
+    if (!may_choose)
+        return four;
+    BlockContext three = four;
+    oracle::fast_fit(three, 3);
+    BlockContext evaluated = four;
+    return oracle::evaluate_palette(three) <= oracle::evaluate_palette(evaluated) ? three : four;
+}
+
+BlockContext lane_of(const FastBatchResult& result, std::size_t lane) {
+    BlockContext block;
+    block.count = 16;
+    const int w0 = result.word0[lane];
+    const int w1 = result.word1[lane];
+    block.end0 = {w0 >> 11, w0 >> 5 & 63, w0 & 31};
+    block.end1 = {w1 >> 11, w1 >> 5 & 63, w1 & 31};
+    block.colour_count = result.colour_count[lane];
+    for (std::size_t i = 0; i < 16; ++i)
+        block.indices[i] = static_cast<std::uint8_t>(result.indices[lane] >> (2 * i) & 3);
+    return block;
+}
+
+TEST(FastFitBatch, gives_every_lane_the_plain_result) {
+    std::vector<TestBlock> blocks = test_blocks(200);
+    std::erase_if(blocks, [](const TestBlock& block) { return block.pixels.size() < 16; });
+    FastBatch batch;
+    batch.weights = CompressionOptions{}.colour_weights;
+    for (std::size_t first = 0; first + batch_lanes <= blocks.size(); first += batch_lanes) {
+        for (std::size_t lane = 0; lane < batch_lanes; ++lane)
+            for (std::size_t i = 0; i < 16; ++i)
+                for (std::size_t c = 0; c < 3; ++c)
+                    batch.colours[c][i][lane] = static_cast<float>(blocks[first + lane].pixels[i][c]) / 255.0f;
+        for (const bool may_choose : {false, true})
+            for (const FastBatchKernel& kernel : fast_batch_kernels()) {
+                batch.may_choose = batch.offers_black = may_choose;
+                FastBatchResult result;
+                kernel.solve(batch, result);
+                for (std::size_t lane = 0; lane < batch_lanes; ++lane)
+                    expect_equal(lane_of(result, lane), solve_plainly(blocks[first + lane], may_choose),
+                                 blocks[first + lane].kind);
+            }
+    }
 }
 
 TEST(ExhaustiveSearch, finds_what_the_plain_walk_finds) {
