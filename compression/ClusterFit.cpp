@@ -13,7 +13,7 @@ namespace compression {
 namespace {
 
 void hold_to_unit(double& value) {
-    value = std::min(std::max(value, 0.0), 1.0);
+    value = value > 0.0 ? std::min(value, 1.0) : 0.0; // also where it is no number
 }
 
 struct Symmetric {
@@ -77,14 +77,15 @@ Order sort_by(const DistinctColours& colours, const Vector3& axis, TieMode ties)
     for (std::size_t k = 0; k < colours.count; ++k)
         keys[k] = dot(colours.centred[k], axis);
     Order order{};
-    for (std::size_t k = 0; k < colours.count; ++k)
-        order[k] = static_cast<std::uint8_t>(k);
-    std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(colours.count),
-              [&](std::uint8_t a, std::uint8_t b) {
-                  if (keys[a] != keys[b])
-                      return keys[a] < keys[b];
-                  return ties == TieMode::earlier ? a < b : a > b;
-              });
+    for (std::size_t k = 0; k < colours.count; ++k) {
+        std::size_t place = k;
+        const auto goes_before = [&](std::uint8_t other) {
+            return keys[k] < keys[other] || (ties == TieMode::later && keys[k] == keys[other]);
+        };
+        for (; place > 0 && goes_before(order[place - 1]); --place)
+            order[place] = order[place - 1];
+        order[place] = static_cast<std::uint8_t>(k);
+    }
     return order;
 }
 

@@ -92,7 +92,7 @@ public:
             if (!has_values(i))
                 continue;
             PairBounds bounds;
-            kernels_.bound_pairs(tables_, ends_, i, bounds);
+            kernels_.bound_pairs(tables_, ends_, i, reach_limit(best_.error), bounds);
             for (int j = i + 1; j <= walk.last; ++j) {
                 if (!has_values(j))
                     continue;

@@ -75,7 +75,7 @@ COMPRESSION_INLINE Floats round_even(Floats v) {
 }
 
 COMPRESSION_INLINE Floats cut_to_unit(Floats v) {
-    v = v < 0.0f ? Floats{} : v;
+    v = v > 0.0f ? v : Floats{};
     return 1.0f < v ? Floats{} + 1.0f : v;
 }
 

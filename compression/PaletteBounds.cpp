@@ -76,7 +76,7 @@ struct Mixes {
     alignas(64) std::array<float, 64> high;
 };
 
-COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const WalkEnds& ends, int i,
+COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const WalkEnds& ends, int i, float limit,
                                          PairBounds& bounds) {
     const auto first = static_cast<std::size_t>(i + 1) & ~std::size_t{7};
     const auto last = static_cast<std::size_t>(ends.count);
@@ -120,6 +120,13 @@ COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const Wal
             bounds.four[j] += least(least(to_end0, to_end1[j]), least(to_mix(thirds, j), to_mix(two_thirds, j)));
             bounds.three[j] += least(least(to_fixed, to_end1[j]), to_mix(halves, j));
         }
+        if (pixel % 4 == 3) {
+            float lowest = limit;
+            for (std::size_t j = first; j < last; ++j)
+                lowest = least(lowest, least(bounds.three[j], bounds.four[j]));
+            if (!(lowest < limit))
+                return;
+        }
     }
 }
 
@@ -159,9 +166,9 @@ COMPRESSION_INLINE void sum_least_body(const DistanceTables& tables, std::size_t
     target_attribute void fill_##name(DistanceTables& tables) {                                                      \
         fill_body(tables);                                                                                           \
     }                                                                                                                \
-    target_attribute void bound_pairs_##name(const DistanceTables& tables, const WalkEnds& ends, int i,              \
+    target_attribute void bound_pairs_##name(const DistanceTables& tables, const WalkEnds& ends, int i, float limit, \
                                              PairBounds& bounds) {                                                   \
-        bound_pairs_body(tables, ends, i, bounds);                                                                   \
+        bound_pairs_body(tables, ends, i, limit, bounds);                                                            \
     }                                                                                                                \
     target_attribute void add_boxes_##name(const DistanceTables& tables, std::size_t channel, const EntryBytes& low, \
                                            const EntryBytes& high, EntryRows& rows) {                                \

@@ -43,18 +43,23 @@ struct PairBounds {
     alignas(64) std::array<float, 64> four;
 };
 
-/// True if a candidate of this bound could have an error of at most `best`. The single-precision rounding of a sum E
+/// The highest bound of a candidate whose error could be at most `best`. The single-precision rounding of a sum E
 /// stays below 1e-5 E + 2e-4 sqrt(E).
+inline float reach_limit(double best) {
+    return static_cast<float>(best * (1 + 1e-4) + 0.01);
+}
+
 inline bool may_reach(float bound, double best) {
-    return static_cast<double>(bound) <= best * (1 + 1e-4) + 0.01;
+    return bound <= reach_limit(best);
 }
 
 /// Single-precision kernels of one instruction set. Their last bits are free: they only tell what to skip.
 struct PaletteBoundKernels {
     SimdLevel level;
     void (*fill)(DistanceTables& tables);
-    /// Bounds each pair of ends, whatever the derived channels of its ends are within their intervals.
-    void (*bound_pairs)(const DistanceTables& tables, const WalkEnds& ends, int i, PairBounds& bounds);
+    /// Bounds each pair of ends, whatever the derived channels of its ends are within their intervals. May stop with
+    /// partial sums once all of them are above `limit`.
+    void (*bound_pairs)(const DistanceTables& tables, const WalkEnds& ends, int i, float limit, PairBounds& bounds);
     /// Adds each entry's squared distance to an interval of bytes of one channel.
     void (*add_boxes)(const DistanceTables& tables, std::size_t channel, const EntryBytes& low, const EntryBytes& high,
                       EntryRows& rows);

@@ -19,6 +19,12 @@ Blocks make_blocks(const Picture& picture, std::int32_t format) {
     return Blocks(count * (format == compression::FORMAT_DXT1 ? 8 : 16));
 }
 
+int squish_format(std::int32_t format) {
+    if (format == compression::FORMAT_DXT1)
+        return squish::kDxt1;
+    return format == compression::FORMAT_DXT3 ? squish::kDxt3 : squish::kDxt5;
+}
+
 template <int quality>
 Blocks encode_ours(const Picture& picture, std::int32_t format) {
     Blocks blocks = make_blocks(picture, format);
@@ -29,38 +35,39 @@ Blocks encode_ours(const Picture& picture, std::int32_t format) {
     return blocks;
 }
 
+// Gives each block's 64 bytes to an encoder of one block: libraries on one thread, like ours.
+template <typename EncodeTile>
+Blocks encode_tiles(const Picture& picture, std::int32_t format, const EncodeTile& encode_tile) {
+    Blocks blocks = make_blocks(picture, format);
+    std::array<std::uint8_t, 64> tile{};
+    std::uint8_t* output = blocks.data();
+    const auto pitch = static_cast<std::size_t>(picture.bytes.width) * 4;
+    for (std::size_t y = 0; y < static_cast<std::size_t>(picture.bytes.height); y += 4)
+        for (std::size_t x = 0; x < static_cast<std::size_t>(picture.bytes.width); x += 4) {
+            for (std::size_t row = 0; row < 4; ++row)
+                std::memcpy(&tile[row * 16], &picture.bytes.pixels[(y + row) * pitch + x * 4], 16);
+            // Without alpha the libraries would still make transparent pixels of it.
+            if (format == compression::FORMAT_DXT1)
+                for (std::size_t i = 3; i < tile.size(); i += 4)
+                    tile[i] = 255;
+            encode_tile(tile.data(), output);
+            output += format == compression::FORMAT_DXT1 ? 8 : 16;
+        }
+    return blocks;
+}
+
 template <int fit>
 Blocks encode_squish(const Picture& picture, std::int32_t format) {
-    Blocks blocks = make_blocks(picture, format);
-    const int flag = format == compression::FORMAT_DXT1   ? squish::kDxt1
-                     : format == compression::FORMAT_DXT3 ? squish::kDxt3
-                                                          : squish::kDxt5;
-    // libsquish writes transparent DXT1 pixels unless all are opaque.
-    compression::LevelImage image = picture.bytes;
-    if (format == compression::FORMAT_DXT1)
-        for (std::size_t i = 3; i < image.pixels.size(); i += 4)
-            image.pixels[i] = 255;
-    squish::CompressImage(image.pixels.data(), image.width, image.height, blocks.data(), flag | fit);
-    return blocks;
+    return encode_tiles(picture, format, [&](const std::uint8_t* tile, std::uint8_t* output) {
+        squish::CompressMasked(tile, 0xFFFF, output, squish_format(format) | fit);
+    });
 }
 
 template <int mode>
 Blocks encode_stb(const Picture& picture, std::int32_t format) {
-    Blocks blocks = make_blocks(picture, format);
-    const bool alpha = format != compression::FORMAT_DXT1;
-    std::array<std::uint8_t, 64> tile{};
-    std::uint8_t* output = blocks.data();
-    const auto pitch = static_cast<std::size_t>(picture.bytes.width) * 4;
-    for (int y = 0; y < picture.bytes.height; y += 4)
-        for (int x = 0; x < picture.bytes.width; x += 4, output += alpha ? 16 : 8) {
-            for (std::size_t row = 0; row < 4; ++row)
-                std::memcpy(&tile[row * 16],
-                            &picture.bytes
-                                 .pixels[(static_cast<std::size_t>(y) + row) * pitch + static_cast<std::size_t>(x) * 4],
-                            16);
-            stb_compress_dxt_block(output, tile.data(), alpha ? 1 : 0, mode);
-        }
-    return blocks;
+    return encode_tiles(picture, format, [&](const std::uint8_t* tile, std::uint8_t* output) {
+        stb_compress_dxt_block(output, tile, format == compression::FORMAT_DXT1 ? 0 : 1, mode);
+    });
 }
 
 constexpr std::array table{

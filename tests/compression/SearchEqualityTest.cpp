@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
+#include <random>
 
 // The fast searches against their plain forms, bit for bit.
 
@@ -59,6 +61,67 @@ BlockContext lane_of(const FastBatchResult& result, std::size_t lane) {
     for (std::size_t i = 0; i < 16; ++i)
         block.indices[i] = static_cast<std::uint8_t>(result.indices[lane] >> (2 * i) & 3);
     return block;
+}
+
+void expect_equal(const LineFit& fast, const LineFit& plain, const std::string& kind) {
+    EXPECT_EQ(fast.score, plain.score) << kind;
+    EXPECT_EQ(fast.axis, plain.axis) << kind;
+    EXPECT_EQ(fast.end0, plain.end0) << kind;
+    EXPECT_EQ(fast.end1, plain.end1) << kind;
+    EXPECT_EQ(fast.steps, plain.steps) << kind;
+}
+
+TEST(LineFit, finds_what_the_plain_walk_finds) {
+    std::mt19937 random(4);
+    for (const TestBlock& block : test_blocks(100)) {
+        const BlockContext context = make_context(block);
+        const DistinctColours colours(context);
+        if (colours.count < 2)
+            continue;
+        Order order{};
+        std::iota(order.begin(), order.end(), std::uint8_t{0});
+        const auto end = order.begin() + static_cast<std::ptrdiff_t>(colours.count);
+        const std::size_t channel = random() % 4;
+        if (channel < 3) // else as they come: an order that no line has
+            std::sort(order.begin(), end, [&](std::uint8_t a, std::uint8_t b) {
+                return colours.centred[a][channel] < colours.centred[b][channel];
+            });
+        for (const int step_limit : {2, 3}) {
+            const LineFit plain = oracle::fit_line(colours, order, step_limit);
+            for (const SplitWalkKernel& kernel : split_walk_kernels())
+                expect_equal(fit_line(colours, order, step_limit, kernel), plain, block.kind);
+            expect_equal(fit_line_in_box(colours, order, step_limit, context.weights),
+                         oracle::fit_line_in_box(colours, order, step_limit, context.weights), block.kind);
+        }
+    }
+}
+
+TEST(LatticeSearch, finds_what_the_plain_walk_finds) {
+    std::mt19937 random(3);
+    for (const TestBlock& block : test_blocks(60)) {
+        const BlockContext context = make_context(block);
+        const DistinctColours colours(context);
+        // Ends at two of the colours, and beyond them as far as the outermost rows of the end table go.
+        const Vector3& a = colours.weighted[random() % colours.count];
+        const Vector3& b = colours.weighted[random() % colours.count];
+        const double reach = static_cast<double>(random() % 5) / 2;
+        Vector3 end0{};
+        Vector3 end1{};
+        for (std::size_t c = 0; c < 3; ++c) {
+            end0[c] = a[c] + reach * (a[c] - b[c]);
+            end1[c] = b[c] + reach * (b[c] - a[c]) / 2;
+        }
+        for (const int levels : {3, 4}) {
+            const LatticeResult plain = oracle::lattice_search(colours, context.weights, levels, end0, end1);
+            for (const LatticeKernel& kernel : lattice_kernels()) {
+                const LatticeResult fast = lattice_search(colours, context.weights, levels, end0, end1, kernel);
+                EXPECT_EQ(fast.error, plain.error) << block.kind;
+                EXPECT_EQ(fast.end0, plain.end0) << block.kind;
+                EXPECT_EQ(fast.end1, plain.end1) << block.kind;
+                EXPECT_EQ(fast.indices, plain.indices) << block.kind;
+            }
+        }
+    }
 }
 
 TEST(FastFitBatch, gives_every_lane_the_plain_result) {

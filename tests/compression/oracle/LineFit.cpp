@@ -8,13 +8,6 @@
 namespace compression::oracle {
 namespace {
 
-// Colours at places order[0..i) form group 0, [i..j) group 1, [j..k) group 2, [k..count) group 3.
-struct Split {
-    std::size_t i = 0;
-    std::size_t j = 0;
-    std::size_t k = 0;
-};
-
 struct Sums {
     Vector3 s{};   // sum of f t Q
     double t1 = 0; // sum of f t
