@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 
 namespace compression {
@@ -73,17 +74,24 @@ Vector3 farthest_difference(const DistinctColours& colours) {
 enum class TieMode { earlier, later };
 
 Order sort_by(const DistinctColours& colours, const Vector3& axis, TieMode ties) {
-    std::array<double, 16> keys{};
+    std::array<double, 16> keys;
+    keys.fill(std::numeric_limits<double>::infinity());
     for (std::size_t k = 0; k < colours.count; ++k)
         keys[k] = dot(colours.centred[k], axis);
+    // A key's place is the number of keys below it, without a branch that a processor could guess wrong.
+    std::array<std::int64_t, 16> places{};
+    for (std::size_t k = 0; k < 16; ++k)
+        for (std::size_t other = 0; other < 16; ++other)
+            places[other] += keys[k] < keys[other] ? 1 : 0;
+    // Equal keys move up in turn.
     Order order{};
-    for (std::size_t k = 0; k < colours.count; ++k) {
-        std::size_t place = k;
-        const auto goes_before = [&](std::uint8_t other) {
-            return keys[k] < keys[other] || (ties == TieMode::later && keys[k] == keys[other]);
-        };
-        for (; place > 0 && goes_before(order[place - 1]); --place)
-            order[place] = order[place - 1];
+    unsigned taken = 0;
+    for (std::size_t n = 0; n < colours.count; ++n) {
+        const std::size_t k = ties == TieMode::earlier ? n : colours.count - 1 - n;
+        auto place = static_cast<std::size_t>(places[k]);
+        while ((taken >> place & 1U) != 0)
+            ++place;
+        taken |= 1U << place;
         order[place] = static_cast<std::uint8_t>(k);
     }
     return order;

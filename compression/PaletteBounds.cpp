@@ -1,22 +1,40 @@
 #include "compression/PaletteBounds.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace compression {
 
 DistanceTables::DistanceTables(const BlockContext& block)
     : pixel_count(static_cast<std::size_t>(block.count)), offers_black(block.format == 0) {
+    // Pixels far from the mean come first: they soonest tell that a palette is out of reach.
+    std::array<double, 3> mean{};
     for (std::size_t c = 0; c < 3; ++c) {
         weights[c] = static_cast<float>(block.weights[c]);
         for (std::size_t i = 0; i < pixel_count; ++i)
-            bytes[c][i] = static_cast<float>(block.colours[i][c] * 255.0);
+            mean[c] += block.colours[i][c] / static_cast<double>(pixel_count);
     }
+    std::array<double, 16> far{};
+    std::array<std::uint8_t, 16> order{};
+    for (std::size_t i = 0; i < pixel_count; ++i) {
+        for (std::size_t c = 0; c < 3; ++c)
+            far[i] += std::abs(block.weights[c] * (block.colours[i][c] - mean[c]));
+        std::size_t place = i;
+        for (; place > 0 && far[order[place - 1]] < far[i]; --place)
+            order[place] = order[place - 1];
+        order[place] = static_cast<std::uint8_t>(i);
+    }
+    for (std::size_t c = 0; c < 3; ++c)
+        for (std::size_t i = 0; i < pixel_count; ++i)
+            bytes[c][i] = static_cast<float>(block.colours[order[i]][c] * 255.0);
 }
 
 // The bodies below are compiled once per instruction set; eight lanes become two registers of four without AVX2.
 #define COMPRESSION_INLINE [[gnu::always_inline]] inline
 
 namespace {
+
+constexpr std::size_t pair_lanes = 8;
 
 typedef float Lanes __attribute__((vector_size(32)));
 typedef float HalfLanes __attribute__((vector_size(16)));
@@ -63,6 +81,8 @@ COMPRESSION_INLINE void fill_body(DistanceTables& tables) {
             }
         }
     }
+    for (std::size_t i = 0; i < 16; ++i)
+        tables.to_black[i] = tables.squared[0][0][i] + tables.squared[1][0][i] + tables.squared[2][0][i];
 }
 
 // A third of a whole number, cut. The half keeps the product away from whole numbers.
@@ -70,64 +90,79 @@ COMPRESSION_INLINE float cut_third(int sum) {
     return static_cast<float>(static_cast<int>((static_cast<float>(sum) + 0.5f) * (1.0f / 3.0f)));
 }
 
-// The intervals of the entries between the ends i and j, by j.
-struct Mixes {
-    alignas(64) std::array<float, 64> low;
-    alignas(64) std::array<float, 64> high;
+// The intervals of an entry between the ends i and j on one channel, by lane of j.
+struct Mix {
+    alignas(32) std::array<float, pair_lanes> low;
+    alignas(32) std::array<float, pair_lanes> high;
 };
 
-COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const WalkEnds& ends, int i, float limit,
-                                         PairBounds& bounds) {
-    const auto first = static_cast<std::size_t>(i + 1) & ~std::size_t{7};
-    const auto last = static_cast<std::size_t>(ends.count);
-    const auto end0 = static_cast<std::size_t>(i);
-    std::array<Mixes, 3> thirds;
-    std::array<Mixes, 3> two_thirds;
-    std::array<Mixes, 3> halves;
+// The entries at a third, at two thirds and at half of the way, by channel.
+struct Mixes {
+    std::array<Mix, 3> third;
+    std::array<Mix, 3> two_thirds;
+    std::array<Mix, 3> half;
+};
+
+COMPRESSION_INLINE void mix_ends(const WalkEnds& ends, std::size_t i, std::size_t first, Mixes& mixes) {
     for (std::size_t c = 0; c < 3; ++c) {
-        const int low0 = ends.low[c][end0];
-        const int high0 = ends.high[c][end0];
-        for (std::size_t j = first; j < last; ++j) {
-            const int low1 = ends.low[c][j];
-            const int high1 = ends.high[c][j];
-            thirds[c].low[j] = cut_third(2 * low0 + low1);
-            thirds[c].high[j] = cut_third(2 * high0 + high1);
-            two_thirds[c].low[j] = cut_third(low0 + 2 * low1);
-            two_thirds[c].high[j] = cut_third(high0 + 2 * high1);
-            halves[c].low[j] = static_cast<float>((low0 + low1) / 2);
-            halves[c].high[j] = static_cast<float>((high0 + high1) / 2);
+        const int low0 = ends.low[c][i];
+        const int high0 = ends.high[c][i];
+        for (std::size_t lane = 0; lane < pair_lanes; ++lane) {
+            const int low1 = ends.low[c][first + lane];
+            const int high1 = ends.high[c][first + lane];
+            mixes.third[c].low[lane] = cut_third(2 * low0 + low1);
+            mixes.third[c].high[lane] = cut_third(2 * high0 + high1);
+            mixes.two_thirds[c].low[lane] = cut_third(low0 + 2 * low1);
+            mixes.two_thirds[c].high[lane] = cut_third(high0 + 2 * high1);
+            mixes.half[c].low[lane] = static_cast<float>((low0 + low1) / 2);
+            mixes.half[c].high[lane] = static_cast<float>((high0 + high1) / 2);
         }
     }
-    for (std::size_t j = first; j < last; ++j)
-        bounds.three[j] = bounds.four[j] = 0;
+}
+
+// Eight pairs (i, j), until all of them are above the limit.
+COMPRESSION_INLINE void bound_eight(const DistanceTables& tables, const WalkEnds& ends, std::size_t i,
+                                    std::size_t first, float limit, PairBounds& bounds) {
+    Mixes mixes;
+    mix_ends(ends, i, first, mixes);
+    alignas(32) std::array<float, pair_lanes> three{};
+    alignas(32) std::array<float, pair_lanes> four{};
+    const std::array<float, 3> w = tables.weights;
     for (std::size_t pixel = 0; pixel < tables.pixel_count; ++pixel) {
         const float x0 = tables.bytes[0][pixel];
         const float x1 = tables.bytes[1][pixel];
         const float x2 = tables.bytes[2][pixel];
-        const float w0 = tables.weights[0];
-        const float w1 = tables.weights[1];
-        const float w2 = tables.weights[2];
-        const float to_end0 = ends.distance[pixel][end0];
-        const float black = tables.squared[0][0][pixel] + tables.squared[1][0][pixel] + tables.squared[2][0][pixel];
-        const float to_fixed = tables.offers_black ? least(to_end0, black) : to_end0;
-        const std::array<float, 64>& to_end1 = ends.distance[pixel];
-        const auto to_mix = [&](const std::array<Mixes, 3>& mix, std::size_t j) __attribute__((always_inline)) {
-            return box_distance(x0, mix[0].low[j], mix[0].high[j], w0) +
-                   box_distance(x1, mix[1].low[j], mix[1].high[j], w1) +
-                   box_distance(x2, mix[2].low[j], mix[2].high[j], w2);
+        const float to_end0 = ends.distance[pixel][i];
+        const float to_fixed = tables.offers_black ? least(to_end0, tables.to_black[pixel]) : to_end0;
+        const float* to_end1 = &ends.distance[pixel][first];
+        const auto to_mix = [&](const std::array<Mix, 3>& mix, std::size_t lane) __attribute__((always_inline)) {
+            return box_distance(x0, mix[0].low[lane], mix[0].high[lane], w[0]) +
+                   box_distance(x1, mix[1].low[lane], mix[1].high[lane], w[1]) +
+                   box_distance(x2, mix[2].low[lane], mix[2].high[lane], w[2]);
         };
-        for (std::size_t j = first; j < last; ++j) {
-            bounds.four[j] += least(least(to_end0, to_end1[j]), least(to_mix(thirds, j), to_mix(two_thirds, j)));
-            bounds.three[j] += least(least(to_fixed, to_end1[j]), to_mix(halves, j));
+        for (std::size_t lane = 0; lane < pair_lanes; ++lane) {
+            four[lane] +=
+                least(least(to_end0, to_end1[lane]), least(to_mix(mixes.third, lane), to_mix(mixes.two_thirds, lane)));
+            three[lane] += least(least(to_fixed, to_end1[lane]), to_mix(mixes.half, lane));
         }
         if (pixel % 4 == 3) {
-            float lowest = limit;
-            for (std::size_t j = first; j < last; ++j)
-                lowest = least(lowest, least(bounds.three[j], bounds.four[j]));
-            if (!(lowest < limit))
-                return;
+            int left = 0;
+            for (std::size_t lane = 0; lane < pair_lanes; ++lane)
+                left |= static_cast<int>(least(three[lane], four[lane]) <= limit);
+            if (left == 0)
+                break;
         }
     }
+    std::memcpy(&bounds.three[first], three.data(), sizeof(three));
+    std::memcpy(&bounds.four[first], four.data(), sizeof(four));
+}
+
+COMPRESSION_INLINE void bound_pairs_body(const DistanceTables& tables, const WalkEnds& ends, int i, float limit,
+                                         PairBounds& bounds) {
+    const auto end0 = static_cast<std::size_t>(i);
+    for (std::size_t first = (end0 + 1) / pair_lanes * pair_lanes; first < static_cast<std::size_t>(ends.count);
+         first += pair_lanes)
+        bound_eight(tables, ends, end0, first, limit, bounds);
 }
 
 COMPRESSION_INLINE void add_boxes_body(const DistanceTables& tables, std::size_t channel, const EntryBytes& low,

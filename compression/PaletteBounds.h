@@ -15,10 +15,11 @@ using PixelRow = std::array<float, 16>;
 using EntryBytes = std::array<int, 4>;
 using EntryRows = std::array<PixelRow, 4>;
 
-/// The weighted distances of a block's pixels to every byte value.
+/// The weighted distances of a block's pixels to every byte value. Pixels stand in an order of their own.
 struct DistanceTables {
     alignas(64) std::array<std::array<PixelRow, 256>, 3> squared; ///< (weight * (255 * colour - byte)) squared
     alignas(64) std::array<PixelRow, 3> bytes{};                  ///< 255 * colour
+    PixelRow to_black;
     std::array<float, 3> weights{};
     std::size_t pixel_count = 0;
     bool offers_black = false; ///< as a fourth entry of three-colour palettes
@@ -57,8 +58,8 @@ inline bool may_reach(float bound, double best) {
 struct PaletteBoundKernels {
     SimdLevel level;
     void (*fill)(DistanceTables& tables);
-    /// Bounds each pair of ends, whatever the derived channels of its ends are within their intervals. May stop with
-    /// partial sums once all of them are above `limit`.
+    /// Bounds each pair of ends, whatever the derived channels of its ends are within their intervals. Stops with a
+    /// part of the sum where that is above `limit`.
     void (*bound_pairs)(const DistanceTables& tables, const WalkEnds& ends, int i, float limit, PairBounds& bounds);
     /// Adds each entry's squared distance to an interval of bytes of one channel.
     void (*add_boxes)(const DistanceTables& tables, std::size_t channel, const EntryBytes& low, const EntryBytes& high,

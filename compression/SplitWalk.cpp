@@ -60,18 +60,33 @@ COMPRESSION_INLINE Doubles load(const double* from) {
 
 // All scores of a walk, four i at a time. 16 colours have 136 + 78 + 36 + 10 such groups.
 struct Scores {
-    std::array<Doubles, 264> numerators;
-    std::array<Doubles, 264> denominators;
+    struct Group {
+        std::uint8_t first, j, k; // lane n stands for i = first + n + 1
+    };
+    static constexpr std::size_t chunk = 8;
+    static constexpr std::size_t limit = 264;
+
+    std::array<Doubles, limit> numerators;
+    std::array<Doubles, limit> denominators;
+    std::array<Group, limit> groups;
     std::size_t count = 0;
     Doubles best_numerator{};
     Doubles best_denominator = Doubles{} + 1.0;
 
-    COMPRESSION_INLINE void add(Doubles numerator, Doubles denominator) {
+    COMPRESSION_INLINE void add(const Group& group, Doubles numerator, Doubles denominator) {
+        groups[count] = group;
         numerators[count] = numerator;
         denominators[count++] = denominator;
         const Longs better = numerator * best_denominator > best_numerator * denominator;
         best_numerator = better ? numerator : best_numerator;
         best_denominator = better ? denominator : best_denominator;
+    }
+    // Fills the last chunk with what is never near the best.
+    COMPRESSION_INLINE void pad() {
+        for (std::size_t group = count; group % chunk != 0; ++group) {
+            numerators[group] = Doubles{} - 1.0;
+            denominators[group] = Doubles{} + 1.0;
+        }
     }
 };
 
@@ -86,12 +101,14 @@ COMPRESSION_INLINE void score_all(const SplitLine& line, const Heads& heads, Sco
         SplitSums<Doubles> at_j{load(&heads.sums[0][first]), load(&heads.sums[1][first]), load(&heads.sums[2][first]),
                                 load(&heads.sums[3][first]), load(&heads.sums[4][first])};
         for (std::size_t j = count;; --j) {
-            // Lane n stands for i = first + n + 1, which goes no further than j.
+            // i goes no further than j.
             const Longs legal = lane_number + static_cast<std::int64_t>(first) < static_cast<std::int64_t>(j);
             SplitSums<Doubles> at_k = at_j;
             for (std::size_t k = count;; --k) {
                 const Doubles squared = at_k.x * at_k.x + at_k.y * at_k.y + at_k.z * at_k.z;
-                scores.add(legal ? squared : Doubles{}, legal ? at_k.v : Doubles{} + 1.0);
+                scores.add(
+                    {static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(j), static_cast<std::uint8_t>(k)},
+                    legal ? squared : Doubles{}, legal ? at_k.v : Doubles{} + 1.0);
                 if (k == last_k(line, j))
                     break;
                 advance(at_k, line, k - 1, 5);
@@ -114,48 +131,37 @@ COMPRESSION_INLINE double best_score(const Scores& scores) {
     return numerator / denominator;
 }
 
-// The (j, k) of each group of four, in the order of `score_all`.
-template <typename Visit>
-void each_group(const SplitLine& line, const Visit& visit) {
-    std::size_t group = 0;
-    for (std::size_t first = 0; first < line.count; first += lanes)
-        for (std::size_t j = line.count; j > first; --j)
-            for (std::size_t k = line.count + 1; k-- > last_k(line, j);)
-                visit(group++, first, j, k);
-}
-
-// Lists what is near the best in the groups that are marked.
-bool collect(const SplitLine& line, const Scores& scores, double limit, const std::array<bool, 264>& marked,
-             NearBestSplits& splits) {
-    splits.count = 0;
-    bool fits = true;
-    each_group(line, [&](std::size_t group, std::size_t first, std::size_t j, std::size_t k) {
-        if (!marked[group])
-            return;
-        for (std::size_t lane = 0; lane < lanes && first + lane < j; ++lane) {
-            const double numerator = scores.numerators[group][lane];
-            const double denominator = scores.denominators[group][lane];
+// Lists the splits of one chunk of groups that reach the limit.
+bool collect(const Scores& scores, std::size_t chunk, double limit, NearBestSplits& splits) {
+    for (std::size_t n = chunk; n < chunk + Scores::chunk && n < scores.count; ++n) {
+        const Scores::Group& group = scores.groups[n];
+        for (std::size_t lane = 0; lane < lanes && group.first + lane < group.j; ++lane) {
+            const double numerator = scores.numerators[n][lane];
+            const double denominator = scores.denominators[n][lane];
             if (numerator < limit * denominator)
                 continue;
             if (splits.count == splits.splits.size())
-                fits = false;
-            else
-                splits.splits[splits.count++] = {{first + lane + 1, j, k}, numerator, denominator};
+                return false;
+            splits.splits[splits.count++] = {{group.first + lane + 1, group.j, group.k}, numerator, denominator};
         }
-    });
-    return fits;
+    }
+    return true;
 }
 
 COMPRESSION_INLINE bool walk_body(const SplitLine& line, NearBestSplits& splits) {
     Scores scores;
     score_all(line, make_heads(line), scores);
+    scores.pad();
     const double limit = best_score(scores) * near_best;
-    std::array<bool, 264> marked;
-    for (std::size_t group = 0; group < scores.count; ++group) {
-        const Longs near = scores.numerators[group] >= limit * scores.denominators[group];
-        marked[group] = (near[0] | near[1] | near[2] | near[3]) != 0;
+    splits.count = 0;
+    for (std::size_t chunk = 0; chunk < scores.count; chunk += Scores::chunk) {
+        Longs near{};
+        for (std::size_t n = chunk; n < chunk + Scores::chunk; ++n)
+            near |= scores.numerators[n] >= limit * scores.denominators[n];
+        if ((near[0] | near[1] | near[2] | near[3]) != 0 && !collect(scores, chunk, limit, splits))
+            return false;
     }
-    return collect(line, scores, limit, marked, splits);
+    return true;
 }
 
 bool walk_plain(const SplitLine& line, NearBestSplits& splits) {
