@@ -4,6 +4,7 @@
 #include "compression/BlockContext.h"
 #include "compression/ColourLattice.h"
 #include "compression/ColourSolver.h"
+#include "compression/FastFitBatch.h"
 
 #include <algorithm>
 #include <array>
@@ -78,36 +79,47 @@ void put_16(std::uint8_t* output, int value) {
     output[1] = static_cast<std::uint8_t>(value >> 8 & 255);
 }
 
-void write_colour_half(BlockContext& block, const CellMap& cells, std::uint8_t* output) {
-    int c0 = pack_565(block.end0);
-    int c1 = pack_565(block.end1);
+// The two colours of a block and its cells' codes, 2 bits each, cell 0 lowest.
+struct ColourHalf {
+    int c0 = 0;
+    int c1 = 0;
+    int colour_count = 4;
+    std::uint32_t codes = 0;
+    std::uint32_t unused = 0; ///< code 3 in each cell without a pixel
+};
+
+void write_colour_half(ColourHalf half, std::int32_t format, std::uint8_t* output) {
+    constexpr std::uint32_t every_1 = 0x55555555U;
     // Equal colours are made to differ, and every pixel points at the one that stays.
-    if (c0 == c1 && block.format == FORMAT_DXT1_ALPHA) {
-        c1 = (c1 + 1) & 0xFFFF;
-        block.colour_count = 3;
-        block.indices.fill(0);
-    } else if (c0 == c1) {
-        c0 = (c0 + 1) & 0xFFFF;
-        block.indices.fill(1);
+    if (half.c0 == half.c1 && format == FORMAT_DXT1_ALPHA) {
+        half.c1 = (half.c1 + 1) & 0xFFFF;
+        half.colour_count = 3;
+        half.codes = 0;
+    } else if (half.c0 == half.c1) {
+        half.c0 = (half.c0 + 1) & 0xFFFF;
+        half.codes = every_1;
     }
-    // A decoder reads c0 <= c1 as three colours, c0 > c1 as four.
-    const bool swapped = (c1 < c0) == (block.colour_count == 3);
-    if (swapped)
-        std::swap(c0, c1);
-    put_16(output, c0);
-    put_16(output + 2, c1);
-    std::uint32_t word = 0;
+    // A decoder reads c0 <= c1 as three colours, c0 > c1 as four. Codes 0 and 1 change places with the ends, and of
+    // four colours also 2 and 3.
+    if ((half.c1 < half.c0) == (half.colour_count == 3)) {
+        std::swap(half.c0, half.c1);
+        half.codes ^= half.colour_count == 3 ? ~(half.codes >> 1) & every_1 : every_1;
+    }
+    half.codes |= half.unused;
+    put_16(output, half.c0);
+    put_16(output + 2, half.c1);
+    put_16(output + 4, static_cast<int>(half.codes & 0xFFFF));
+    put_16(output + 6, static_cast<int>(half.codes >> 16));
+}
+
+ColourHalf colour_half(const BlockContext& block, const CellMap& cells) {
+    ColourHalf half{pack_565(block.end0), pack_565(block.end1), block.colour_count, 0, 0};
     for (std::size_t cell = 16; cell-- > 0;) {
-        unsigned code = 3;
-        if (cells[cell] >= 0) {
-            code = block.indices[static_cast<std::size_t>(cells[cell])];
-            if (swapped && (block.colour_count != 3 || code < 2))
-                code ^= 1U;
-        }
-        word = word << 2 | code;
+        const bool used = cells[cell] >= 0;
+        half.codes = half.codes << 2 | (used ? block.indices[static_cast<std::size_t>(cells[cell])] : 0U);
+        half.unused = half.unused << 2 | (used ? 0U : 3U);
     }
-    put_16(output + 4, static_cast<int>(word & 0xFFFF));
-    put_16(output + 6, static_cast<int>(word >> 16));
+    return half;
 }
 
 void write_dxt3_alpha(const Window& window, std::uint8_t* output) {
@@ -165,6 +177,14 @@ void write_dxt5_alpha(const Window& window, std::uint8_t* output) {
         output[2 + byte] = static_cast<std::uint8_t>(word >> (8 * byte) & 255);
 }
 
+// Returns the bytes written, 8 or 0.
+int write_alpha_half(const Window& window, std::int32_t format, std::uint8_t* output) {
+    if (format != FORMAT_DXT3 && format != FORMAT_DXT5)
+        return 0;
+    (format == FORMAT_DXT3 ? write_dxt3_alpha : write_dxt5_alpha)(window, output);
+    return 8;
+}
+
 void encode_block(const Window& window, const CompressionOptions& options, std::uint8_t* output) {
     BlockContext block;
     block.format = options.g_texture_format;
@@ -174,25 +194,56 @@ void encode_block(const Window& window, const CompressionOptions& options, std::
     CellMap cells{};
     const bool dropped = gather(window, options, block, cells);
     block.colour_mode = colour_mode(block.format, dropped);
-    if (block.format == FORMAT_DXT3 || block.format == FORMAT_DXT5) {
-        (block.format == FORMAT_DXT3 ? write_dxt3_alpha : write_dxt5_alpha)(window, output);
-        output += 8;
-    }
+    output += write_alpha_half(window, block.format, output);
     if (block.count > 0)
         solve_colours(block);
     repeat_edges(window, cells);
-    write_colour_half(block, cells, output);
+    write_colour_half(colour_half(block, cells), block.format, output);
+}
+
+// Whole blocks side by side at the fastest quality. Not for one-bit alpha, whose blocks may lack pixels.
+void encode_fast_batch(const Window& first, std::size_t blocks, const CompressionOptions& options, FastBatch& batch,
+                       std::uint8_t* output) {
+    const std::size_t pitch = static_cast<std::size_t>(first.level.width) * 4;
+    const float* origin = first.pixel(0);
+    for (std::size_t lane = 0; lane < batch_lanes; ++lane)
+        for (std::size_t i = 0; i < 16; ++i) {
+            const float* pixel = origin + (lane < blocks ? lane * 16 : 0) + i / 4 * pitch + i % 4 * 4;
+            for (std::size_t c = 0; c < 3; ++c)
+                batch.colours[c][i][lane] = pixel[c];
+        }
+    FastBatchResult result;
+    fast_batch_kernels().back().solve(batch, result);
+    for (std::size_t lane = 0; lane < blocks; ++lane) {
+        const Window window{first.level, first.x + 4 * static_cast<std::int32_t>(lane), first.y};
+        output += write_alpha_half(window, options.g_texture_format, output);
+        write_colour_half({result.word0[lane], result.word1[lane], result.colour_count[lane], result.indices[lane], 0},
+                          options.g_texture_format, output);
+        output += 8;
+    }
 }
 
 } // namespace
 
 void encode_blocks(const FloatImage& level, const CompressionOptions& options, std::uint8_t* output) {
-    const int block_bytes =
-        options.g_texture_format == FORMAT_DXT1 || options.g_texture_format == FORMAT_DXT1_ALPHA ? 8 : 16;
+    const std::int32_t format = options.g_texture_format;
+    const int block_bytes = format == FORMAT_DXT1 || format == FORMAT_DXT1_ALPHA ? 8 : 16;
+    FastBatch batch;
+    batch.weights = options.colour_weights;
+    batch.may_choose = batch.offers_black = format == FORMAT_DXT1;
+    const bool batches = options.g_quality <= 68 && format != FORMAT_DXT1_ALPHA;
     for (std::int32_t y = 0; y < level.height; y += 4)
-        for (std::int32_t x = 0; x < level.width; x += 4) {
-            encode_block({level, x, y}, options, output);
-            output += block_bytes;
+        for (std::int32_t x = 0; x < level.width;) {
+            const Window window{level, x, y};
+            const std::int32_t whole =
+                batches && level.height - y >= 4 ? std::min((level.width - x) / 4, std::int32_t{batch_lanes}) : 0;
+            if (whole > 0)
+                encode_fast_batch(window, static_cast<std::size_t>(whole), options, batch, output);
+            else
+                encode_block(window, options, output);
+            const std::int32_t done = std::max(whole, 1);
+            x += 4 * done;
+            output += done * block_bytes;
         }
 }
 

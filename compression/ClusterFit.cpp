@@ -7,13 +7,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 
 namespace compression {
 namespace {
 
 void hold_to_unit(double& value) {
-    value = std::min(std::max(value, 0.0), 1.0);
+    value = value > 0.0 ? std::min(value, 1.0) : 0.0; // also where it is no number
 }
 
 struct Symmetric {
@@ -73,18 +74,26 @@ Vector3 farthest_difference(const DistinctColours& colours) {
 enum class TieMode { earlier, later };
 
 Order sort_by(const DistinctColours& colours, const Vector3& axis, TieMode ties) {
-    std::array<double, 16> keys{};
+    std::array<double, 16> keys;
+    keys.fill(std::numeric_limits<double>::infinity());
     for (std::size_t k = 0; k < colours.count; ++k)
         keys[k] = dot(colours.centred[k], axis);
+    // A key's place is the number of keys below it, without a branch that a processor could guess wrong.
+    std::array<std::int64_t, 16> places{};
+    for (std::size_t k = 0; k < 16; ++k)
+        for (std::size_t other = 0; other < 16; ++other)
+            places[other] += keys[k] < keys[other] ? 1 : 0;
+    // Equal keys move up in turn.
     Order order{};
-    for (std::size_t k = 0; k < colours.count; ++k)
-        order[k] = static_cast<std::uint8_t>(k);
-    std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(colours.count),
-              [&](std::uint8_t a, std::uint8_t b) {
-                  if (keys[a] != keys[b])
-                      return keys[a] < keys[b];
-                  return ties == TieMode::earlier ? a < b : a > b;
-              });
+    unsigned taken = 0;
+    for (std::size_t n = 0; n < colours.count; ++n) {
+        const std::size_t k = ties == TieMode::earlier ? n : colours.count - 1 - n;
+        auto place = static_cast<std::size_t>(places[k]);
+        while ((taken >> place & 1U) != 0)
+            ++place;
+        taken |= 1U << place;
+        order[place] = static_cast<std::uint8_t>(k);
+    }
     return order;
 }
 

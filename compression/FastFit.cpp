@@ -110,7 +110,7 @@ void clip_line(Vector3f& a, Vector3f& b, const Vector3f& upper) {
 }
 
 float cut_to_unit(float value) {
-    return std::min(std::max(value, 0.0f), 1.0f);
+    return value > 0.0f ? std::min(value, 1.0f) : 0.0f; // also where it is no number
 }
 
 // Rounds the line's ends to the lattice, apart where they would meet, the larger word first.

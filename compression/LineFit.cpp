@@ -4,16 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace compression {
 namespace {
-
-// Colours at places order[0..i) form group 0, [i..j) group 1, [j..k) group 2, [k..count) group 3.
-struct Split {
-    std::size_t i = 0;
-    std::size_t j = 0;
-    std::size_t k = 0;
-};
 
 struct Sums {
     Vector3 s{};   // sum of f t Q
@@ -115,9 +109,32 @@ LineFit finish(const DistinctColours& colours, const Order& order, const Best& b
 } // namespace
 
 LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit) {
+    return fit_line(colours, order, step_limit, split_walk_kernels().back());
+}
+
+LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit, const SplitWalkKernel& kernel) {
+    SplitLine line;
+    line.count = colours.count;
+    line.step_limit = step_limit;
+    for (std::size_t place = 0; place < colours.count; ++place) {
+        line.frequency[place] = colours.frequency[order[place]];
+        for (std::size_t c = 0; c < 3; ++c)
+            line.scaled[c][place] = colours.scaled[order[place]][c];
+    }
     Best best;
-    walk_splits(colours, order, step_limit,
-                [&](const Split& split, const Sums& sums) { best.offer(-dot(sums.s, sums.s), sums.v, split); });
+    NearBestSplits near;
+    if (kernel.walk(line, near)) {
+        const auto end = near.splits.begin() + static_cast<std::ptrdiff_t>(near.count);
+        std::sort(near.splits.begin(), end, [](const ScoredSplit& a, const ScoredSplit& b) {
+            return std::tie(a.split.i, a.split.j, a.split.k) > std::tie(b.split.i, b.split.j, b.split.k);
+        });
+        std::for_each(near.splits.begin(), end, [&](const ScoredSplit& scored) {
+            best.offer(-scored.numerator, scored.denominator, scored.split);
+        });
+    } else {
+        walk_splits(colours, order, step_limit,
+                    [&](const Split& split, const Sums& sums) { best.offer(-dot(sums.s, sums.s), sums.v, split); });
+    }
     return finish(colours, order, best, [](const Sums& sums, std::size_t c, int steps) {
         return Ramp{-sums.t1 * sums.s[c] / sums.v, (steps - sums.t1) * sums.s[c] / sums.v, 0};
     });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compression/DistinctColours.h"
+#include "compression/SplitWalk.h"
 
 namespace compression {
 
@@ -18,6 +19,9 @@ struct LineFit {
 
 /// Fits groups 0, 1, 2 and, with a `step_limit` of 3, group 3, at even places on a free line. Needs two colours.
 LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit);
+
+/// The same with a given kernel, for tests.
+LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit, const SplitWalkKernel& kernel);
 
 /// The same with both ends held to the box of legal colours.
 LineFit fit_line_in_box(const DistinctColours& colours, const Order& order, int step_limit, const Vector3& weights);

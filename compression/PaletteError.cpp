@@ -21,31 +21,44 @@ Palette make_palette(const std::array<int, 3>& end0, const std::array<int, 3>& e
 
 namespace {
 
-double entry_error(const BlockContext& block, std::size_t pixel, const std::array<int, 3>& entry) {
-    double error = 0;
-    for (std::size_t c = 0; c < 3; ++c) {
-        const double difference = block.weights[c] * (block.colours[pixel][c] * 255.0 - entry[c]);
-        error += difference * difference;
+// By channel and pixel, 255 times the colours.
+using ByteRows = std::array<std::array<double, 16>, 3>;
+
+// An entry's error to every pixel, the channels added in order.
+void add_entry_errors(const BlockContext& block, const ByteRows& bytes, const std::array<int, 3>& entry,
+                      std::array<double, 16>& errors) {
+    for (std::size_t i = 0; i < 16; ++i) {
+        const double r = block.weights[0] * (bytes[0][i] - entry[0]);
+        const double g = block.weights[1] * (bytes[1][i] - entry[1]);
+        const double b = block.weights[2] * (bytes[2][i] - entry[2]);
+        errors[i] = r * r + g * g + b * b;
     }
-    return error;
 }
 
 } // namespace
 
 double evaluate_palette(BlockContext& block) {
     const Palette palette = make_palette(block.end0, block.end1, block.colour_count, block.format);
-    double sum = 0;
-    for (std::size_t pixel = 0; pixel < static_cast<std::size_t>(block.count); ++pixel) {
-        double best = entry_error(block, pixel, palette.entries[0]);
-        block.indices[pixel] = 0;
-        for (std::size_t entry = 1; entry < static_cast<std::size_t>(palette.size); ++entry) {
-            const double error = entry_error(block, pixel, palette.entries[entry]);
-            if (error < best) {
-                best = error;
-                block.indices[pixel] = static_cast<std::uint8_t>(entry);
-            }
+    ByteRows bytes;
+    for (std::size_t c = 0; c < 3; ++c)
+        for (std::size_t i = 0; i < 16; ++i)
+            bytes[c][i] = block.colours[i][c] * 255.0;
+    std::array<double, 16> best;
+    std::array<std::int64_t, 16> indices{}; // as wide as the errors, so that both select in the same registers
+    add_entry_errors(block, bytes, palette.entries[0], best);
+    for (std::size_t entry = 1; entry < static_cast<std::size_t>(palette.size); ++entry) {
+        std::array<double, 16> errors;
+        add_entry_errors(block, bytes, palette.entries[entry], errors);
+        for (std::size_t i = 0; i < 16; ++i) {
+            const bool nearer = errors[i] < best[i];
+            indices[i] = nearer ? static_cast<std::int64_t>(entry) : indices[i];
+            best[i] = nearer ? errors[i] : best[i];
         }
-        sum += best;
+    }
+    double sum = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i) {
+        sum += best[i];
+        block.indices[i] = static_cast<std::uint8_t>(indices[i]);
     }
     return sum;
 }
