@@ -1,5 +1,7 @@
 #include "source/utility/memory/AllocatorChain.h"
 
+#include "source/utility/memory/BadPointer.h"
+
 #include <algorithm>
 #include <ostream>
 
@@ -19,12 +21,15 @@ void AllocatorChain::start() {
     State expected = State::unused;
     if (!state_.compare_exchange_strong(expected, State::starting))
         return; // another thread is at it
-    slots_.emplace(pages_, 4, ranges_.slots);
-    heaps_[0].emplace(pages_, SmallHeapAllocator::largest_max_size, 16, ranges_.heap_16);
-    heaps_[1].emplace(pages_, SmallHeapAllocator::largest_max_size, 8, ranges_.heap_8);
-    heaps_[2].emplace(pages_, SmallHeapAllocator::largest_max_size, 4, ranges_.heap_4);
-    for (std::size_t i = 0; i < route_.size(); ++i)
-        route_[i] = first_that_takes(std::max(i, std::size_t{1}) * class_step);
+    span_.start(ranges_.slots + ranges_.heap_16 + ranges_.heap_8 + ranges_.heap_4);
+    slots_.emplace(span_, 4, ranges_.slots);
+    heaps_[0].emplace(span_, SmallHeapAllocator::largest_max_size, 16, ranges_.heap_16);
+    heaps_[1].emplace(span_, SmallHeapAllocator::largest_max_size, 8, ranges_.heap_8);
+    heaps_[2].emplace(span_, SmallHeapAllocator::largest_max_size, 4, ranges_.heap_4);
+    if (span_.size() != 0)
+        kept_.start(pages_, span_.base(), span_.size());
+    for (std::size_t words = 1; words < route_.size(); ++words)
+        route_[words] = first_that_takes(words * class_step);
     state_.store(State::ready, std::memory_order_release);
 }
 
@@ -37,33 +42,32 @@ AllocatorChain::Link AllocatorChain::first_that_takes(std::size_t size) const no
     return c_heap;
 }
 
-void* AllocatorChain::allocate(std::size_t size) {
-    if (state_.load(std::memory_order_acquire) != State::ready) [[unlikely]] {
+void* AllocatorChain::allocate_new(std::size_t size) {
+    if (!is_ready())
         start();
-        if (state_.load(std::memory_order_acquire) != State::ready)
-            return malloc_.allocate(size);
-    }
-    if (size > SmallHeapAllocator::largest_max_size)
-        return malloc_.allocate(size);
-    const Link link = route_[(size + class_step - 1) / class_step];
-    void* block = nullptr;
-    {
-        const ChainGuard guard(lock_);
-        block = link == slots ? slots_->allocate(size) : heaps_[link - heap_16]->allocate(size);
-    }
-    return block ? block : allocate_from_next(link, size);
+    if (size <= SmallHeapAllocator::largest_max_size && is_ready())
+        if (void* const block = allocate_small(words_of(size) * class_step))
+            return block;
+    return malloc_.allocate(size);
 }
 
-void* AllocatorChain::allocate_from_next(Link used_up, std::size_t size) {
+/// Goes along the chain, from the first allocator that takes the size over all that take it and align it. Null: their
+/// ranges are used up.
+void* AllocatorChain::allocate_small(std::size_t size) {
+    const ChainGuard guard(lock_);
+    const Link first = route_[words_of(size)];
+    if (first == slots)
+        if (void* const block = slots_->allocate(size))
+            return block;
     for (const Link link : {heap_16, heap_8, heap_4}) {
-        SmallHeapAllocator& heap = *heaps_[link - heap_16];
-        if (link <= used_up || !heap.can_allocate(size) || heap.granularity() < natural_alignment(size))
+        if (link < first || !heap(link).can_allocate(size) || heap(link).granularity() < natural_alignment(size))
             continue;
-        const ChainGuard guard(lock_);
-        if (void* const block = heap.allocate(size))
+        if (heap(link).must_grow(size))
+            merge_kept_of(link);
+        if (void* const block = heap(link).allocate(size))
             return block;
     }
-    return malloc_.allocate(size);
+    return nullptr;
 }
 
 void* AllocatorChain::allocate_aligned(std::size_t size, std::size_t alignment) {
@@ -74,25 +78,67 @@ void* AllocatorChain::allocate_aligned(std::size_t size, std::size_t alignment) 
     return allocate(padded < size ? size : padded); // the sum may wrap; such a size fails by itself
 }
 
-void AllocatorChain::deallocate(void* pointer) noexcept {
-    if (!pointer)
+void AllocatorChain::deallocate_small(std::byte* block) noexcept {
+    if (slots_->owns(block)) {
+        if (!keep(*slots_, slots, block))
+            slots_->deallocate(block);
         return;
-    if (state_.load(std::memory_order_acquire) == State::ready) [[likely]] {
-        for (auto& heap : heaps_)
-            if (heap->owns(pointer)) {
-                const ChainGuard guard(lock_);
-                return heap->deallocate(pointer);
-            }
-        if (slots_->owns(pointer)) {
-            const ChainGuard guard(lock_);
-            return slots_->deallocate(pointer);
-        }
     }
-    malloc_.deallocate(pointer);
+    const Link link = heaps_[0]->owns(block) ? heap_16 : heaps_[1]->owns(block) ? heap_8 : heap_4;
+    if (!keep(heap(link), link, block))
+        heap(link).deallocate(block);
+}
+
+/// False: the block is not one to keep, or no block at all, and its owner must see to it.
+template <class Owner>
+bool AllocatorChain::keep(Owner& owner, Link link, std::byte* block) noexcept {
+    const std::size_t size = owner.live_size(block);
+    const std::size_t words = size / class_step;
+    if (size == 0 || !kept_.is_ready())
+        return false;
+    if (kept_.has(block)) [[unlikely]] {
+        stop_at_bad_pointer(block);
+        return true;
+    }
+    // A block that a rest made larger may have a size of another allocator, with another alignment.
+    if (words >= route_.size() || route_[words] != link || !kept_.keep(block, words))
+        return false;
+    owner.count_kept(size);
+    return true;
+}
+
+void AllocatorChain::deallocate_from_malloc(void* pointer) noexcept {
+    if (pointer)
+        malloc_.deallocate(pointer);
+}
+
+void AllocatorChain::merge_kept_of(Link link) noexcept {
+    for (std::size_t words = 1; words < route_.size(); ++words) {
+        if (route_[words] != link)
+            continue;
+        const std::size_t size = words * class_step;
+        while (void* const block = kept_.reuse(words))
+            link == slots ? slots_->deallocate_kept(block, size) : heap(link).deallocate_kept(block, size);
+    }
+}
+
+void AllocatorChain::merge_kept() noexcept {
+    const ChainGuard guard(lock_);
+    for (const Link link : {slots, heap_16, heap_8, heap_4})
+        merge_kept_of(link);
+}
+
+bool AllocatorChain::check() {
+    if (!is_ready())
+        return true;
+    merge_kept();
+    const ChainGuard guard(lock_);
+    return std::all_of(heaps_.begin(), heaps_.end(), [](const auto& heap) { return heap->check(); });
 }
 
 void AllocatorChain::report(std::ostream& stream, bool detailed) {
-    if (state_.load(std::memory_order_acquire) == State::ready) {
+    if (is_ready()) {
+        merge_kept(); // so that the lists of free blocks show them
         const auto write_copy = [&](const auto& allocator) {
             const auto copy = [&] {
                 const ChainGuard guard(lock_);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "source/utility/memory/KeptBlocks.h"
 #include "source/utility/memory/MallocAllocator.h"
 #include "source/utility/memory/SlotAllocator.h"
 #include "source/utility/memory/SmallHeapAllocator.h"
@@ -34,24 +35,49 @@ struct ChainRanges {
 /// Sizes count rounded up to 4, so every block is aligned for any object of exactly its size. When a range is used up
 /// the request goes on to the next allocator that takes the size and aligns its blocks as well.
 ///
-/// Any thread may call. The object starts itself at the first request; before that, and while it does, requests go to
-/// the malloc allocator. It is made to be a constant-initialised static, that works before any constructor and after
-/// the last destructor: nothing takes it down.
+/// Freed blocks up to 512 bytes are kept in front of the allocators (see KeptBlocks), and go out again for the next
+/// request of their size. Keeping never costs a page: before an allocator takes a new one, it gets back all that is
+/// kept of it, and merges. In the statistics a kept block is free.
+///
+/// Any thread may call. The object starts itself at the first request; another thread that comes while it does is
+/// served by the malloc allocator. It is made to be a constant-initialised static, that works before any constructor
+/// and after the last destructor: nothing takes it down.
 class AllocatorChain {
 public:
     constexpr explicit AllocatorChain(PageAllocator& pages, const ChainRanges& ranges = {})
-        : pages_(pages), ranges_(ranges) {}
+        : pages_(pages), ranges_(ranges), span_(pages) {}
     AllocatorChain(const AllocatorChain&) = delete;
     AllocatorChain& operator=(const AllocatorChain&) = delete;
     ~AllocatorChain() = default;
 
     /// A block of `size` bytes (0 counts as 1), aligned for an object of that size, up to 16. Throws as
     /// MallocAllocator::allocate.
-    void* allocate(std::size_t size);
+    void* allocate(std::size_t size) {
+        if (size <= SmallHeapAllocator::largest_max_size && is_ready()) [[likely]] {
+            const std::size_t words = words_of(size);
+            const ChainGuard guard(lock_);
+            if (void* const block = kept_.reuse(words)) {
+                count_reused(route_[words], words * class_step);
+                return block;
+            }
+        }
+        return allocate_new(size);
+    }
     /// As allocate(), with an alignment that is a power of two.
     void* allocate_aligned(std::size_t size, std::size_t alignment);
+
     /// Takes a block back; null does nothing.
-    void deallocate(void* pointer) noexcept;
+    void deallocate(void* pointer) noexcept {
+        if (!in_span(pointer))
+            return deallocate_from_malloc(pointer);
+        const ChainGuard guard(lock_);
+        deallocate_small(static_cast<std::byte*>(pointer));
+    }
+
+    /// Gives all kept blocks back to their allocators, which merge them.
+    void merge_kept() noexcept;
+    /// Merges, and walks all pages and lists of the heaps; false if any promise of their layout is broken.
+    bool check();
 
     /// Writes the statistics of all allocators, in their order. Each is a picture of one moment; the text is made from
     /// a copy, so that the stream may allocate.
@@ -61,14 +87,36 @@ private:
     enum class State : std::uint8_t { unused, starting, ready };
     enum Link : std::uint8_t { slots, heap_16, heap_8, heap_4, c_heap };
 
+    static constexpr std::size_t words_of(std::size_t size) {
+        return size == 0 ? 1 : (size + class_step - 1) / class_step;
+    }
+    bool is_ready() const noexcept { return state_.load(std::memory_order_acquire) == State::ready; }
+    /// Blocks from there prove that the chain has started.
+    bool in_span(const void* pointer) const noexcept {
+        return reinterpret_cast<std::uintptr_t>(pointer) - reinterpret_cast<std::uintptr_t>(span_.base()) <
+               span_.size();
+    }
+    SmallHeapAllocator& heap(Link link) noexcept { return *heaps_[link - heap_16]; }
+    void count_reused(Link link, std::size_t size) noexcept {
+        link == slots ? slots_->count_reused(size) : heap(link).count_reused(size);
+    }
+
     void start();
     Link first_that_takes(std::size_t size) const noexcept;
-    void* allocate_from_next(Link used_up, std::size_t size);
+    void* allocate_new(std::size_t size);
+    void* allocate_small(std::size_t size);
+    void deallocate_small(std::byte* block) noexcept;
+    void deallocate_from_malloc(void* pointer) noexcept;
+    template <class Owner>
+    bool keep(Owner& owner, Link link, std::byte* block) noexcept;
+    void merge_kept_of(Link link) noexcept;
 
     PageAllocator& pages_;
     ChainRanges ranges_;
     std::atomic<State> state_{State::unused};
     SpinLock lock_;
+    ReservedSpan span_;
+    KeptBlocks kept_;
     MallocAllocator malloc_;
     std::optional<SlotAllocator> slots_;
     std::array<std::optional<SmallHeapAllocator>, 3> heaps_;

@@ -66,7 +66,7 @@ void MallocAllocator::deallocate(void* pointer) noexcept {
     const auto* const header =
         reinterpret_cast<const BlockHeader*>(static_cast<std::byte*>(pointer) - sizeof(BlockHeader));
     if (reinterpret_cast<std::uintptr_t>(pointer) % 16 != 0 || !is_block(*header))
-        return stop_at_bad_pointer(pointer, BadPointer::not_a_block);
+        return stop_at_bad_pointer(pointer);
     count(-(static_cast<std::int64_t>(header->tagged_size & size_mask) + cost_of_block));
     std::free(header->raw);
 }

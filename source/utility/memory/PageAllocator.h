@@ -25,4 +25,32 @@ public:
     bool commit(void* address, std::size_t size) override;
 };
 
+/// Parts of one reservation of another page allocator, side by side.
+class ReservedSpan final : public PageAllocator {
+public:
+    constexpr explicit ReservedSpan(PageAllocator& pages) : pages_(pages) {}
+
+    /// Reserves the whole; without address space for it the span stays empty.
+    void start(std::size_t size) {
+        base_ = static_cast<std::byte*>(pages_.reserve(size));
+        size_ = base_ ? size : 0;
+    }
+    std::byte* base() const noexcept { return base_; }
+    std::size_t size() const noexcept { return size_; }
+
+    void* reserve(std::size_t size) override {
+        if (size > size_ - reserved_)
+            return nullptr;
+        reserved_ += size;
+        return base_ + (reserved_ - size);
+    }
+    bool commit(void* address, std::size_t size) override { return pages_.commit(address, size); }
+
+private:
+    PageAllocator& pages_;
+    std::byte* base_ = nullptr;
+    std::size_t size_ = 0;
+    std::size_t reserved_ = 0;
+};
+
 } // namespace kst

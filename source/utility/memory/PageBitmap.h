@@ -24,6 +24,8 @@ public:
         : words_(reinterpret_cast<std::uint64_t*>(page)), units_(units) {}
 
     bool test(std::uint32_t bit) const noexcept { return (words_[bit / 64] >> bit % 64 & 1) != 0; }
+    /// Start and in-use bit are both set.
+    bool is_used_block(std::uint32_t unit) const noexcept { return test(unit) && test(unit + 1); }
     void set(std::uint32_t bit) noexcept { words_[bit / 64] |= std::uint64_t{1} << bit % 64; }
     void clear(std::uint32_t bit) noexcept { words_[bit / 64] &= ~(std::uint64_t{1} << bit % 64); }
 

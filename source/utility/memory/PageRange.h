@@ -2,6 +2,7 @@
 
 #include "source/utility/memory/Allocator.h"
 #include "source/utility/memory/PageAllocator.h"
+#include "source/utility/platform/VirtualMemory.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -48,12 +49,14 @@ public:
 
 private:
     /// Each commit is a system call of about a microsecond, so memory is made for 16 pages ahead; only pages that are
-    /// touched cost anything.
-    static constexpr std::size_t commit_step = 16 * page_bytes;
+    /// touched cost anything. A range that outgrows a large page goes on in steps of one, which the system then backs
+    /// as a whole: blocks in any order cost a third of the time that they do in small pages.
+    static constexpr std::size_t small_step = 16 * page_bytes;
 
     bool commit_more() {
+        const std::size_t step = committed_ < large_page_bytes ? small_step : large_page_bytes;
         const std::size_t left = size_ - committed_;
-        const std::size_t more = left < commit_step ? left : commit_step;
+        const std::size_t more = left < step ? left : step;
         if (more == 0 || !pages_->commit(base_ + committed_, more))
             return false;
         committed_ += more;

@@ -111,11 +111,9 @@ SlotAllocator::PageHeader* SlotAllocator::take_page(std::uint32_t size) {
 }
 
 void SlotAllocator::deallocate(void* pointer) noexcept {
-    if (!range_.in_use(pointer))
-        return stop_at_bad_pointer(pointer, BadPointer::not_a_block);
+    if (live_size(pointer) == 0)
+        return stop_at_bad_pointer(pointer);
     PageHeader& header = page_of(pointer);
-    if (!is_live(header, pointer))
-        return;
     SizeClass& size_class = classes_[header.block_size / class_step];
     write_word(static_cast<std::byte*>(pointer), header.first_free | mark_of(number_of(header), header.generation));
     if (header.first_free == 0)
@@ -126,23 +124,19 @@ void SlotAllocator::deallocate(void* pointer) noexcept {
         retire_page(size_class, header);
 }
 
-/// False, after telling, for a pointer that is no live block of this page.
-bool SlotAllocator::is_live(const PageHeader& header, const void* pointer) const noexcept {
+std::size_t SlotAllocator::live_size(const void* pointer) const noexcept {
+    if (!range_.in_use(pointer))
+        return 0;
+    const PageHeader& header = page_of(pointer);
     const std::size_t offset = offset_in_page(pointer);
     const std::uint32_t size = header.block_size;
     const bool at_block = offset >= sizeof(PageHeader) &&
                           (size == class_step ? offset % class_step : (offset - sizeof(PageHeader)) % size) == 0;
-    if (!at_block || beyond(classes_[size / class_step].bump, pointer)) {
-        stop_at_bad_pointer(pointer, BadPointer::not_a_block);
-        return false;
-    }
-    const bool marked = (read_word(static_cast<const std::byte*>(pointer)) & ~link_mask) ==
-                        mark_of(number_of(header), header.generation);
-    if (header.live == 0 || (marked && in_free_list(header, pointer))) {
-        stop_at_bad_pointer(pointer, BadPointer::freed_twice);
-        return false;
-    }
-    return true;
+    if (!at_block || header.live == 0 || beyond(classes_[size / class_step].bump, pointer))
+        return 0;
+    const std::uint32_t mark = read_word(static_cast<const std::byte*>(pointer)) & ~link_mask;
+    const bool freed = mark == mark_of(number_of(header), header.generation) && in_free_list(header, pointer);
+    return freed ? 0 : size;
 }
 
 bool SlotAllocator::in_free_list(const PageHeader& header, const void* pointer) const noexcept {

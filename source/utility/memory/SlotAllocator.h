@@ -40,6 +40,22 @@ public:
     void deallocate(void* pointer) noexcept override;
     void report(std::ostream& stream, bool detailed) const override;
 
+    /// The size of a live block; 0 for a pointer that can be told not to be one, without a stop.
+    std::size_t live_size(const void* pointer) const noexcept;
+
+    /// A block in use counts as free while the chain keeps it, and as in use when it goes out again.
+    void count_kept(std::size_t size) noexcept { --classes_[size / class_step].live; }
+    void count_reused(std::size_t size) noexcept {
+        SizeClass& size_class = classes_[size / class_step];
+        if (++size_class.live > size_class.max_live)
+            size_class.max_live = size_class.live;
+    }
+    /// Takes back a block that the chain kept.
+    void deallocate_kept(void* pointer, std::size_t size) noexcept {
+        ++classes_[size / class_step].live;
+        deallocate(pointer);
+    }
+
     std::size_t live(std::size_t size) const noexcept { return classes_[round_to_words(size) / class_step].live; }
     std::size_t free_pages() const noexcept { return free_page_count_; }
 
@@ -64,7 +80,6 @@ private:
     PageHeader& page(std::uint16_t number) const noexcept;
     PageHeader& page_of(const void* pointer) const noexcept;
     std::uint16_t number_of(const PageHeader& header) const noexcept;
-    bool is_live(const PageHeader& header, const void* pointer) const noexcept;
     bool in_free_list(const PageHeader& header, const void* pointer) const noexcept;
     void* pop(SizeClass& size_class) noexcept;
     void* bump(SizeClass& size_class, std::uint32_t size);

@@ -28,31 +28,40 @@ SmallHeapAllocator::SmallHeapAllocator(PageAllocator& pages, std::size_t max_siz
     assert(max_size <= largest_max_size && max_size % granularity == 0);
 }
 
+/// Whole words, and no less than the smallest block.
+std::uint32_t SmallHeapAllocator::smallest_fit(std::size_t size) const noexcept {
+    return static_cast<std::uint32_t>(std::max(round_to_words(size), 2 * unit_));
+}
+
 void* SmallHeapAllocator::allocate(std::size_t size) {
-    const auto bytes = static_cast<std::uint32_t>(std::max(round_to_words(size), 2 * unit_));
+    assert(can_allocate(size));
+    const std::uint32_t bytes = smallest_fit(size);
     const std::size_t index = class_of(bytes);
     if (free_lists_[index].head != 0)
         return take(pop_class(index), bytes);
-    // A rest below two units could not be a block. One class up is that little only for the step of 4.
-    const std::size_t first = index + (2 * unit_ + granularity_ - 1) / granularity_;
-    if (const std::size_t larger = splittable_class(first); larger != 0)
+    if (const std::size_t larger = splittable_class(bytes); larger != 0)
         return split(larger, bytes);
     if (large_free_.head == 0 && !add_page())
         return nullptr;
     return carve(bytes);
 }
 
+bool SmallHeapAllocator::must_grow(std::size_t size) const noexcept {
+    const std::uint32_t bytes = smallest_fit(size);
+    return free_lists_[class_of(bytes)].head == 0 && large_free_.head == 0 && splittable_class(bytes) == 0;
+}
+
 /// Marks a block, which is on no list, as in use.
 void* SmallHeapAllocator::take(std::uint32_t offset, std::size_t size) noexcept {
     bitmap(offset & ~page_mask).set(((offset & page_mask) >> unit_shift_) + 1);
-    ++live_[live_class(size)];
-    used_ += size;
-    max_used_ = std::max(max_used_, used_);
+    count_reused(size);
     return range_.at(offset);
 }
 
-/// The lowest class from `first` on that has free blocks; 0 if none has.
-std::size_t SmallHeapAllocator::splittable_class(std::size_t first) const noexcept {
+/// The lowest class with free blocks that leave a block behind `size` bytes; 0 if none has. A rest below two units
+/// could not be a block: one class up is that little in steps of 4.
+std::size_t SmallHeapAllocator::splittable_class(std::size_t size) const noexcept {
+    const std::size_t first = class_of(size) + (2 * unit_ + granularity_ - 1) / granularity_;
     std::size_t word = first / 64;
     std::uint64_t bits = word < filled_classes_.size() ? filled_classes_[word] >> first % 64 << first % 64 : 0;
     while (bits == 0) {
@@ -107,25 +116,20 @@ bool SmallHeapAllocator::add_page() {
 }
 
 void SmallHeapAllocator::deallocate(void* pointer) noexcept {
+    auto size = static_cast<std::uint32_t>(live_size(pointer));
+    if (size == 0)
+        return stop_at_bad_pointer(pointer);
     const auto offset = static_cast<std::uint32_t>(range_.offset_of(pointer));
-    const std::uint32_t in_page = offset & page_mask;
-    const std::uint32_t first = in_page >> unit_shift_;
+    const std::uint32_t first = (offset & page_mask) >> unit_shift_;
     PageBitmap map = bitmap(offset & ~page_mask);
-    if (!range_.in_use(pointer) || in_page % granularity_ != 0 || in_page < bitmap_bytes_ || !map.test(first))
-        return stop_at_bad_pointer(pointer, BadPointer::not_a_block);
     const std::uint32_t before = map.previous_set(first);
     // Directly before a start there is only an in-use bit, so a start bit there makes this one its in-use bit.
     if (before + 1 == first && is_start(map, before))
-        return stop_at_bad_pointer(pointer, BadPointer::not_a_block);
-    if (!map.test(first + 1))
-        return stop_at_bad_pointer(pointer, BadPointer::freed_twice);
-
-    std::uint32_t end = map.next_set(first + 2);
-    std::uint32_t size = (end - first) << unit_shift_;
-    used_ -= size;
-    --live_[live_class(size)];
+        return stop_at_bad_pointer(pointer);
+    count_kept(size);
     map.clear(first + 1);
 
+    const std::uint32_t end = first + (size >> unit_shift_);
     std::uint32_t merged = offset;
     if (end != units_ && !map.test(end + 1)) {
         const std::uint32_t next_size = (map.next_set(end + 2) - end) << unit_shift_;
@@ -141,12 +145,6 @@ void SmallHeapAllocator::deallocate(void* pointer) noexcept {
         size += previous_size;
     }
     add_free(merged, size);
-}
-
-std::size_t SmallHeapAllocator::block_size(const void* pointer) const noexcept {
-    const std::size_t offset = range_.offset_of(pointer);
-    const std::uint32_t first = (static_cast<std::uint32_t>(offset) & page_mask) >> unit_shift_;
-    return std::size_t{bitmap(offset & ~std::size_t{page_mask}).next_set(first + 2) - first} << unit_shift_;
 }
 
 void SmallHeapAllocator::add_free(std::uint32_t offset, std::uint32_t size) noexcept {

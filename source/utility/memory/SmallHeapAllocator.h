@@ -43,9 +43,38 @@ public:
     void deallocate(void* pointer) noexcept override;
     void report(std::ostream& stream, bool detailed) const override;
 
-    /// The bytes of a block in use: at least what was asked for, more by one word where a rest was too small to be a
-    /// block.
-    std::size_t block_size(const void* pointer) const noexcept;
+    /// The bytes of the block in use that starts at `pointer`: at least what was asked for, more by one word where a
+    /// rest was too small to be a block. 0 for a pointer that can be told not to be such a block, without a stop.
+    std::size_t live_size(const void* pointer) const noexcept {
+        const std::size_t offset = range_.offset_of(pointer);
+        const std::size_t in_page = offset % page_bytes;
+        const PageBitmap map = bitmap(offset - in_page);
+        if (!range_.in_use(pointer) || (in_page & (granularity_ - 1)) != 0 || in_page < bitmap_bytes_)
+            return 0;
+        const auto first = static_cast<std::uint32_t>(in_page >> unit_shift_);
+        return map.is_used_block(first) ? std::size_t{map.next_set(first + 2) - first} << unit_shift_ : 0;
+    }
+
+    /// A request of `size` bytes can only be met with a new page.
+    bool must_grow(std::size_t size) const noexcept;
+
+    /// A block in use counts as free while the chain keeps it, and as in use when it goes out again.
+    void count_kept(std::size_t size) noexcept {
+        --live_[live_class(size)];
+        used_ -= size;
+    }
+    void count_reused(std::size_t size) noexcept {
+        ++live_[live_class(size)];
+        used_ += size;
+        if (used_ > max_used_)
+            max_used_ = used_;
+    }
+    /// Takes back a block that the chain kept.
+    void deallocate_kept(void* pointer, std::size_t size) noexcept {
+        ++live_[live_class(size)];
+        used_ += size;
+        deallocate(pointer);
+    }
 
     std::size_t granularity() const noexcept { return granularity_; }
     std::size_t unit() const noexcept { return unit_; }
@@ -89,8 +118,9 @@ private:
     /// Blocks in use count in the class of their size; the few that a rest made larger than max_size in the last.
     std::size_t live_class(std::size_t size) const noexcept { return class_of(size < max_size_ ? size : max_size_); }
 
+    std::uint32_t smallest_fit(std::size_t size) const noexcept;
     void* take(std::uint32_t offset, std::size_t size) noexcept;
-    std::size_t splittable_class(std::size_t first) const noexcept;
+    std::size_t splittable_class(std::size_t size) const noexcept;
     void* split(std::size_t from_class, std::uint32_t size) noexcept;
     void* carve(std::uint32_t size) noexcept;
     bool add_page();

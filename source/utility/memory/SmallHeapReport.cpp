@@ -60,7 +60,7 @@ bool SmallHeapAllocator::check_list(const FreeList& list, std::size_t smallest, 
     for (std::uint32_t offset = list.head, before = 0; offset != 0; before = offset, offset = links(offset).next) {
         const PageBitmap map = bitmap(offset / page_bytes * page_bytes);
         const std::uint32_t first = offset % page_bytes >> unit_shift_;
-        const std::size_t size = block_size(range_.at(offset));
+        const std::size_t size = std::size_t{map.next_set(first + 2) - first} << unit_shift_;
         if (offset >= range_.allocated() || !map.test(first) || map.test(first + 1) || size < smallest ||
             size > largest || (before != 0 && links(offset).previous != before) ||
             (size > max_size_ && large_size(offset) != size))
