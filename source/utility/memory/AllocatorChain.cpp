@@ -58,16 +58,25 @@ void* AllocatorChain::allocate_small(std::size_t size) {
     const Link first = route_[words_of(size)];
     if (first == slots)
         if (void* const block = slots_->allocate(size))
-            return block;
+            return enter(slots, block, size);
     for (const Link link : {heap_16, heap_8, heap_4}) {
         if (link < first || !heap(link).can_allocate(size) || heap(link).granularity() < natural_alignment(size))
             continue;
         if (heap(link).must_grow(size))
             merge_kept_of(link);
         if (void* const block = heap(link).allocate(size))
-            return block;
+            return enter(link, block, heap(link).live_size(block));
     }
     return nullptr;
+}
+
+/// Books a new block. One that a rest made larger may have a size of another allocator, with another alignment, and
+/// then is never kept.
+void* AllocatorChain::enter(Link link, void* block, std::size_t size) noexcept {
+    const std::size_t words = words_of(size);
+    if (kept_.is_ready())
+        kept_.add(static_cast<std::byte*>(block), words < route_.size() && route_[words] == link ? words : 0);
+    return block;
 }
 
 void* AllocatorChain::allocate_aligned(std::size_t size, std::size_t alignment) {
@@ -79,32 +88,25 @@ void* AllocatorChain::allocate_aligned(std::size_t size, std::size_t alignment) 
 }
 
 void AllocatorChain::deallocate_small(std::byte* block) noexcept {
-    if (slots_->owns(block)) {
-        if (!keep(*slots_, slots, block))
-            slots_->deallocate(block);
-        return;
+    if (kept_.is_ready()) [[likely]] {
+        if (!kept_.is_live(block)) [[unlikely]]
+            return stop_at_bad_pointer(block);
+        std::size_t words = kept_.words_of_page(block);
+        if (words == 0)
+            words = words_to_keep(block);
+        if (words != 0 && kept_.keep(block, words))
+            return count_kept(route_[words], words * class_step);
+        kept_.remove(block);
     }
-    const Link link = heaps_[0]->owns(block) ? heap_16 : heaps_[1]->owns(block) ? heap_8 : heap_4;
-    if (!keep(heap(link), link, block))
-        heap(link).deallocate(block);
+    const Link link = owner_of(block);
+    link == slots ? slots_->deallocate(block) : heap(link).deallocate(block);
 }
 
-/// False: the block is not one to keep, or no block at all, and its owner must see to it.
-template <class Owner>
-bool AllocatorChain::keep(Owner& owner, Link link, std::byte* block) noexcept {
-    const std::size_t size = owner.live_size(block);
-    const std::size_t words = size / class_step;
-    if (size == 0 || !kept_.is_ready())
-        return false;
-    if (kept_.has(block)) [[unlikely]] {
-        stop_at_bad_pointer(block);
-        return true;
-    }
-    // A block that a rest made larger may have a size of another allocator, with another alignment.
-    if (words >= route_.size() || route_[words] != link || !kept_.keep(block, words))
-        return false;
-    owner.count_kept(size);
-    return true;
+/// The size of a heap's block in a page of several sizes; 0 if it is none to keep.
+std::size_t AllocatorChain::words_to_keep(const std::byte* block) noexcept {
+    const Link link = owner_of(block);
+    const std::size_t words = link == slots ? 1 : heap(link).live_size(block) / class_step;
+    return words < route_.size() && route_[words] == link ? words : 0;
 }
 
 void AllocatorChain::deallocate_from_malloc(void* pointer) noexcept {
@@ -117,8 +119,10 @@ void AllocatorChain::merge_kept_of(Link link) noexcept {
         if (route_[words] != link)
             continue;
         const std::size_t size = words * class_step;
-        while (void* const block = kept_.reuse(words))
+        while (void* const block = kept_.reuse(words)) {
+            kept_.remove(static_cast<std::byte*>(block));
             link == slots ? slots_->deallocate_kept(block, size) : heap(link).deallocate_kept(block, size);
+        }
     }
 }
 

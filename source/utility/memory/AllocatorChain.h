@@ -53,8 +53,8 @@ public:
     /// A block of `size` bytes (0 counts as 1), aligned for an object of that size, up to 16. Throws as
     /// MallocAllocator::allocate.
     void* allocate(std::size_t size) {
-        if (size <= SmallHeapAllocator::largest_max_size && is_ready()) [[likely]] {
-            const std::size_t words = words_of(size);
+        if (size <= SmallHeapAllocator::largest_max_size) [[likely]] {
+            const std::size_t words = words_of(size); // before the start nothing is kept of any size
             const ChainGuard guard(lock_);
             if (void* const block = kept_.reuse(words)) {
                 count_reused(route_[words], words * class_step);
@@ -101,14 +101,24 @@ private:
         link == slots ? slots_->count_reused(size) : heap(link).count_reused(size);
     }
 
+    void count_kept(Link link, std::size_t size) noexcept {
+        link == slots ? slots_->count_kept(size) : heap(link).count_kept(size);
+    }
+    Link owner_of(const void* block) const noexcept {
+        for (const Link link : {heap_16, heap_8, heap_4})
+            if (heaps_[link - heap_16]->owns(block))
+                return link;
+        return slots;
+    }
+
     void start();
     Link first_that_takes(std::size_t size) const noexcept;
     void* allocate_new(std::size_t size);
     void* allocate_small(std::size_t size);
     void deallocate_small(std::byte* block) noexcept;
     void deallocate_from_malloc(void* pointer) noexcept;
-    template <class Owner>
-    bool keep(Owner& owner, Link link, std::byte* block) noexcept;
+    void* enter(Link link, void* block, std::size_t size) noexcept;
+    std::size_t words_to_keep(const std::byte* block) noexcept;
     void merge_kept_of(Link link) noexcept;
 
     PageAllocator& pages_;

@@ -43,7 +43,7 @@ public:
     /// The size of a live block; 0 for a pointer that can be told not to be one, without a stop.
     std::size_t live_size(const void* pointer) const noexcept;
 
-    /// A block in use counts as free while the chain keeps it, and as in use when it goes out again.
+    /// While the chain keeps a block it is free for the counts. Its page holds it as in use until deallocate_kept().
     void count_kept(std::size_t size) noexcept { --classes_[size / class_step].live; }
     void count_reused(std::size_t size) noexcept {
         SizeClass& size_class = classes_[size / class_step];

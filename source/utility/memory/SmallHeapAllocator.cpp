@@ -54,6 +54,7 @@ bool SmallHeapAllocator::must_grow(std::size_t size) const noexcept {
 /// Marks a block, which is on no list, as in use.
 void* SmallHeapAllocator::take(std::uint32_t offset, std::size_t size) noexcept {
     bitmap(offset & ~page_mask).set(((offset & page_mask) >> unit_shift_) + 1);
+    ++live_[live_class(size)];
     count_reused(size);
     return range_.at(offset);
 }
@@ -126,7 +127,8 @@ void SmallHeapAllocator::deallocate(void* pointer) noexcept {
     // Directly before a start there is only an in-use bit, so a start bit there makes this one its in-use bit.
     if (before + 1 == first && is_start(map, before))
         return stop_at_bad_pointer(pointer);
-    count_kept(size);
+    --live_[live_class(size)];
+    used_ -= size;
     map.clear(first + 1);
 
     const std::uint32_t end = first + (size >> unit_shift_);

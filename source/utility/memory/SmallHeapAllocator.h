@@ -58,20 +58,16 @@ public:
     /// A request of `size` bytes can only be met with a new page.
     bool must_grow(std::size_t size) const noexcept;
 
-    /// A block in use counts as free while the chain keeps it, and as in use when it goes out again.
-    void count_kept(std::size_t size) noexcept {
-        --live_[live_class(size)];
-        used_ -= size;
-    }
+    /// While the chain keeps a block it is free for `used` and `max_used`. Its page and its class hold it as in use
+    /// until deallocate_kept().
+    void count_kept(std::size_t size) noexcept { used_ -= size; }
     void count_reused(std::size_t size) noexcept {
-        ++live_[live_class(size)];
         used_ += size;
         if (used_ > max_used_)
             max_used_ = used_;
     }
     /// Takes back a block that the chain kept.
     void deallocate_kept(void* pointer, std::size_t size) noexcept {
-        ++live_[live_class(size)];
         used_ += size;
         deallocate(pointer);
     }
