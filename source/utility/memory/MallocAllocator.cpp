@@ -47,7 +47,7 @@ constexpr std::int64_t cost_of_block = 36;
 } // namespace
 
 void* MallocAllocator::allocate_aligned(std::size_t size, std::size_t alignment) {
-    const std::size_t most = size_mask;
+    constexpr std::size_t most = size_mask / 2; // more than there are addresses
     if (size > most || alignment > most - size - sizeof(BlockHeader))
         throw_out_of_memory(size);
     const std::size_t padding = alignment > 16 ? alignment : 0;
