@@ -55,7 +55,11 @@ TEST(GlobalNew, aligns_objects_of_their_size_and_arrays_of_any_smaller_size) {
         EXPECT_TRUE(aligned(array, size >= 16 ? 16 : size >= 8 ? 8 : size >= 4 ? 4 : 1)) << size;
         std::memset(object, 1, size);
         std::memset(array, 2, size);
+#ifdef __cpp_sized_deallocation
         operator delete(object, size);
+#else
+        operator delete(object);
+#endif
         operator delete[](array);
     }
 }
