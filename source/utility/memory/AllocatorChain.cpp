@@ -42,6 +42,21 @@ AllocatorChain::Link AllocatorChain::first_that_takes(std::size_t size) const no
     return c_heap;
 }
 
+void* AllocatorChain::allocate_locked(std::size_t size) {
+    {
+        const ChainGuard guard(lock_);
+        if (void* const block = reuse(words_of(size)))
+            return block;
+    }
+    return allocate_new(size);
+}
+
+void AllocatorChain::deallocate_locked(std::byte* block) noexcept {
+    const ChainGuard guard(lock_);
+    if (!keep(block))
+        deallocate_small(block);
+}
+
 void* AllocatorChain::allocate_new(std::size_t size) {
     if (!is_ready())
         start();
@@ -87,13 +102,12 @@ void* AllocatorChain::allocate_aligned(std::size_t size, std::size_t alignment) 
     return allocate(padded < size ? size : padded); // the sum may wrap; such a size fails by itself
 }
 
+/// The long way of `delete`: pages of several sizes, blocks that can't be kept, and what is no block.
 void AllocatorChain::deallocate_small(std::byte* block) noexcept {
-    if (kept_.is_ready()) [[likely]] {
-        if (!kept_.is_live(block)) [[unlikely]]
+    if (kept_.is_ready()) {
+        if (!kept_.is_live(block))
             return stop_at_bad_pointer(block);
-        std::size_t words = kept_.words_of_page(block);
-        if (words == 0)
-            words = words_to_keep(block);
+        const std::size_t words = words_to_keep(block);
         if (words != 0 && kept_.keep(block, words))
             return count_kept(route_[words], words * class_step);
         kept_.remove(block);

@@ -54,12 +54,10 @@ public:
     /// MallocAllocator::allocate.
     void* allocate(std::size_t size) {
         if (size <= SmallHeapAllocator::largest_max_size) [[likely]] {
-            const std::size_t words = words_of(size); // before the start nothing is kept of any size
-            const ChainGuard guard(lock_);
-            if (void* const block = kept_.reuse(words)) {
-                count_reused(route_[words], words * class_step);
+            if (!process_has_one_thread()) [[unlikely]]
+                return allocate_locked(size);
+            if (void* const block = reuse(words_of(size)))
                 return block;
-            }
         }
         return allocate_new(size);
     }
@@ -70,8 +68,11 @@ public:
     void deallocate(void* pointer) noexcept {
         if (!in_span(pointer))
             return deallocate_from_malloc(pointer);
-        const ChainGuard guard(lock_);
-        deallocate_small(static_cast<std::byte*>(pointer));
+        auto* const block = static_cast<std::byte*>(pointer);
+        if (!process_has_one_thread()) [[unlikely]]
+            return deallocate_locked(block);
+        if (!keep(block)) [[unlikely]]
+            deallocate_small(block);
     }
 
     /// Gives all kept blocks back to their allocators, which merge them.
@@ -111,7 +112,27 @@ private:
         return slots;
     }
 
+    /// The short way of `new`: a kept block. Before the start nothing is kept of any size.
+    void* reuse(std::size_t words) noexcept {
+        void* const block = kept_.reuse(words);
+        if (block) [[likely]]
+            count_reused(route_[words], words * class_step);
+        return block;
+    }
+    /// The short way of `delete`: a live block in a page of one size.
+    bool keep(std::byte* block) noexcept {
+        if (!kept_.is_ready() || !kept_.is_live(block)) [[unlikely]]
+            return false;
+        const std::size_t words = kept_.words_of_page(block);
+        if (words == 0 || !kept_.keep(block, words)) [[unlikely]]
+            return false;
+        count_kept(route_[words], words * class_step);
+        return true;
+    }
+
     void start();
+    void* allocate_locked(std::size_t size);
+    void deallocate_locked(std::byte* block) noexcept;
     Link first_that_takes(std::size_t size) const noexcept;
     void* allocate_new(std::size_t size);
     void* allocate_small(std::size_t size);
