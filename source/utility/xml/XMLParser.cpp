@@ -394,7 +394,9 @@ void XMLParser::scan_once(std::string& text, const Run& run) {
 
 /// Everything up to the terminator, which stays unread.
 void XMLParser::read_until(std::string& text, std::string_view terminator, bool expand) {
-    const Run run{.stop_classes = 0, .stop_characters = terminator.substr(0, 1), .expand = expand};
+    const Run run{.stop_classes = expand ? unsigned{XML_BYTE_EXPANDS} : 0u,
+                  .stop_characters = terminator.substr(0, 1),
+                  .expand = expand};
     std::string part;
     text.clear();
     for (;;) {
