@@ -2,8 +2,8 @@
 
 namespace kst {
 
-void throw_disk_error(const std::string& message, std::source_location where) {
-    throw DiskError("source/utility/Archive", static_cast<int>(where.line()), message);
+void throw_disk_error(const std::string& message, int line) {
+    throw DiskError("source/utility/Archive", line, message);
 }
 
 } // namespace kst

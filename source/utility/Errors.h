@@ -1,6 +1,5 @@
 #pragma once
 
-#include <source_location>
 #include <stdexcept>
 #include <string>
 
@@ -30,7 +29,6 @@ public:
 
 /// Throws the DiskError of the archive layer, which tells "source/utility/Archive" and the line of the call. All stores
 /// and file systems fail by this one name, whichever file they live in.
-[[noreturn]] void throw_disk_error(const std::string& message,
-                                   std::source_location where = std::source_location::current());
+[[noreturn]] void throw_disk_error(const std::string& message, int line = __builtin_LINE());
 
 } // namespace kst

@@ -1,5 +1,6 @@
 #include "source/utility/filesystem/DiskFileSystem.h"
 
+#include "source/utility/CachedFileDataStore.h"
 #include "source/utility/Errors.h"
 #include "source/utility/FileDataStore.h"
 #include "source/utility/filesystem/find_host_path.h"
@@ -17,6 +18,10 @@ namespace {
 using platform::Access;
 using platform::Disposition;
 using platform::PathResult;
+
+/// Three blocks: one being used, one behind it, one on its way.
+constexpr std::int32_t cache_kib = 192;
+constexpr std::int32_t cache_block_kib = 64;
 
 /// The host's root as paths with a leading separator mean it. Its full paths keep that separator, so that they lead
 /// back here when they are opened again.
@@ -54,17 +59,6 @@ Archive archive_on(const std::string& name, std::unique_ptr<FileDataStoreBase> s
     const std::int64_t size = store->size();
     const std::int64_t base = has(mode, 'a') ? size : 0;
     return {name, std::move(store), base, size - base, writes(mode)};
-}
-
-std::vector<std::string> split_patterns(const std::string& patterns) {
-    std::vector<std::string> pieces;
-    for (std::size_t start = 0; start < patterns.size();) {
-        const std::size_t end = std::min(patterns.find(';', start), patterns.size());
-        if (end > start)
-            pieces.push_back(patterns.substr(start, end - start));
-        start = end + 1;
-    }
-    return pieces;
 }
 
 } // namespace
@@ -131,9 +125,11 @@ std::string DiskFileSystem::full_path(const std::string& path) {
 }
 
 Archive DiskFileSystem::open(const std::string& path, const std::string& mode) {
-    auto store =
-        std::make_unique<FileDataStore>(host_path(path), disposition_of(mode), access_of(mode), ShareMode::read);
-    return archive_on(path, std::move(store), mode);
+    const std::string host = host_path(path);
+    if (has(mode, 'c') && !writes(mode))
+        return archive_on(path, std::make_unique<CachedFileDataStore>(host, cache_kib, cache_block_kib), mode);
+    return archive_on(
+        path, std::make_unique<FileDataStore>(host, disposition_of(mode), access_of(mode), ShareMode::read), mode);
 }
 
 bool DiskFileSystem::make_dir(const std::string& path) {

@@ -93,11 +93,9 @@ private:
 } // namespace
 
 std::string find_host_path(std::string_view path) {
-    const std::string given = platform::host_path(path);
+    std::string given = platform::host_path(path);
     platform::PathInfo info;
-    if (given.empty() || platform::path_info(given, info) != PathResult::missing)
-        return given;
-    if (!platform::is_host_path(given))
+    if (given.empty() || !platform::is_host_path(given) || platform::path_info(given, info) != PathResult::missing)
         return given;
     Search search(parts_of(given));
     const bool found = search.run(given.front() == '/' ? "/" : "", 0);

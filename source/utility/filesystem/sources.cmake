@@ -1,9 +1,14 @@
 set(filesystem_sources
+  BundleDirectory.cpp
+  BundleFileSystem.cpp
   DiskFileSystem.cpp
   FileSystem.cpp
   MemoryFileSystem.cpp
   VFSReferenceFileSystem.cpp
   VirtualFileSystem.cpp
+  extract_bundle.cpp
+  file_functions.cpp
   find_host_path.cpp
   normalize_path.cpp
-  wildcards.cpp)
+  wildcards.cpp
+  write_bundle.cpp)

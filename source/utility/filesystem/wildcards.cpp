@@ -1,5 +1,6 @@
 #include "source/utility/filesystem/wildcards.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace kst {
@@ -62,6 +63,17 @@ bool fits_pattern(std::string_view name, std::string_view pattern) {
             p = star + 1;
         }
     }
+}
+
+std::vector<std::string> split_patterns(const std::string& patterns) {
+    std::vector<std::string> pieces;
+    for (std::size_t start = 0; start < patterns.size();) {
+        const std::size_t end = std::min(patterns.find(';', start), patterns.size());
+        if (end > start)
+            pieces.push_back(patterns.substr(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
 }
 
 } // namespace kst

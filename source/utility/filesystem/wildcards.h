@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace kst {
 
@@ -9,5 +11,8 @@ namespace kst {
 /// that
 /// "*.*" fits every name, with a dot or without.
 bool fits_pattern(std::string_view name, std::string_view pattern);
+
+/// The pieces between semicolons, empty ones left out: "*.txt;*.xml" stands for two searches.
+std::vector<std::string> split_patterns(const std::string& patterns);
 
 } // namespace kst

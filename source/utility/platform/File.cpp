@@ -69,13 +69,16 @@ File::~File() {
         ::close(handle_);
 }
 
-OpenResult File::open(const std::string& path, Disposition disposition, Access access) {
+OpenResult File::open(const std::string& path, Disposition disposition, Access access, Caching caching) {
     *this = File();
     if (!is_host_path(path))
         return OpenResult::missing;
     // Non-blocking: the open of a pipe must not wait for its other end. It changes nothing for files.
     const int flags = access_flags(access) | disposition_flags(disposition) | O_CLOEXEC | O_NONBLOCK;
-    const int handle = ::open(host_path(path).c_str(), flags, 0666);
+    const std::string host = host_path(path);
+    int handle = ::open(host.c_str(), caching == Caching::direct ? flags | O_DIRECT : flags, 0666);
+    if (handle < 0 && errno == EINVAL && caching == Caching::direct)
+        handle = ::open(host.c_str(), flags, 0666);
     if (handle < 0)
         return errno == ENOENT || errno == ENOTDIR ? OpenResult::missing : OpenResult::failed;
     handle_ = handle;

@@ -19,6 +19,10 @@ enum class Disposition {
 /// refuses is `failed`: no permission, a directory, a pipe.
 enum class OpenResult { ok, missing, failed };
 
+/// `direct`: transfers go past the system's file cache where the disk can do that. Buffers, offsets and sizes must then
+/// be aligned (see AsyncRead.h).
+enum class Caching { system, direct };
+
 /// An open file, read and written at positions that the caller gives: the handle keeps none. Closed by its destructor.
 class File {
 public:
@@ -31,7 +35,7 @@ public:
     ~File();
 
     /// Takes either slash as a separator. The host's file permissions are the user's defaults.
-    OpenResult open(const std::string& path, Disposition disposition, Access access);
+    OpenResult open(const std::string& path, Disposition disposition, Access access, Caching caching = Caching::system);
     bool is_open() const { return handle_ >= 0; }
 
     /// Bytes in the file, -1 if the host cannot tell.
@@ -42,6 +46,9 @@ public:
     bool read_at(std::int64_t offset, void* data, std::size_t count, std::size_t& done) const;
     /// Writes all bytes, growing the file. False: the host failed; `done` bytes were written.
     bool write_at(std::int64_t offset, const void* data, std::size_t count, std::size_t& done) const;
+
+    /// The host's number of the open file, for the other files of this folder.
+    int handle() const { return handle_; }
 
 private:
     int handle_ = -1;
