@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kst {
 
@@ -22,14 +23,14 @@ inline std::string show(const XMLNode& node, bool lines = false) {
         return out + (node.macro()->is_expression ? "~" : "=") + node.macro()->body;
     }
     if (lines)
-        out += ":" + std::to_string(node.line());
+        out += std::string(":").append(std::to_string(node.line()));
     for (const XMLParameter& parameter : node.parameters())
-        out += " " + idstring_text(parameter.name) + "='" + std::string(parameter.value()) + "'";
+        out.append(" ").append(idstring_text(parameter.name)).append("='").append(parameter.value()).append("'");
     if (node.child_count() == 0)
         return out;
-    out += " [";
+    std::string separator = " [";
     for (const XMLNode& child : node.children(XML_ANY))
-        out += (out.back() == '[' ? "" : " ") + show(child, lines);
+        out += std::exchange(separator, " ") + show(child, lines);
     return out + "]";
 }
 

@@ -52,7 +52,10 @@ void XMLParser::parse_tree() {
 /// Reads a start tag. True: the element is open and its content comes next. False: it is complete.
 bool XMLParser::parse_start(XMLNode& node) {
     XMLNodeAccess::set_source_file(node, source_file_);
-    reader_.expect('<');
+    if (at_plain_tag())
+        reader_.advance_to(reader_.cursor() + 1);
+    else
+        reader_.expect('<');
     if (open_.size() + context_.state.open_elements >= xml_limits::most_nesting)
         reader_.fail("Elements nested deeper than " + std::to_string(xml_limits::most_nesting));
     XMLNodeAccess::set_line(node, reader_.line());
@@ -60,20 +63,10 @@ bool XMLParser::parse_start(XMLNode& node) {
     XMLNodeAccess::set_name(node, read_name());
     read_parameters(node);
     const bool is_macro = node.name_id() == xml_words().xdefine;
-    if (reader_.direct() && reader_.cursor() != reader_.limit() && *reader_.cursor() == '>') {
-        reader_.advance_to(reader_.cursor() + 1);
-    } else {
-        const char32_t c = reader_.next();
-        if (c == 0)
-            reader_.fail("Unexpected end of file");
-        reader_.push_back(c);
-        if (reader_.peek() == U'/') {
-            reader_.expect_text("/>");
-            if (is_macro)
-                define_from_parameters(node);
-            return false;
-        }
-        reader_.expect('>');
+    if (!close_start_tag()) {
+        if (is_macro)
+            define_from_parameters(node);
+        return false;
     }
     if (is_macro) {
         define_from_body(node);
@@ -81,6 +74,24 @@ bool XMLParser::parse_start(XMLNode& node) {
     }
     context_.macros.open_scope();
     open_.push_back({&node, children_.size()});
+    return true;
+}
+
+/// Behind the parameters. False: the element is empty.
+bool XMLParser::close_start_tag() {
+    if (reader_.skip_direct(">"))
+        return true;
+    if (reader_.skip_direct("/>"))
+        return false;
+    const char32_t c = reader_.next();
+    if (c == 0)
+        reader_.fail("Unexpected end of file");
+    reader_.push_back(c);
+    if (reader_.peek() == U'/') {
+        reader_.expect_text("/>");
+        return false;
+    }
+    reader_.expect('>');
     return true;
 }
 
@@ -117,7 +128,7 @@ bool XMLParser::content_is_only_blank() {
             return false;
         if (*place == '<')
             break;
-        if (text_blanks.find(*place) == std::string_view::npos)
+        if (!xml_byte_is(*place, XML_BYTE_BLANK) && *place != '\n' && *place != '\r' && *place != '\f')
             return false;
         lines += *place == '\n' || (*place == '\r' && place[1] != '\n') ? 1 : 0;
     }
@@ -231,11 +242,8 @@ void XMLParser::read_parameters(XMLNode& node) {
 
 void XMLParser::read_parameter(const XMLNode& node) {
     const idstring name = read_name();
-    bool has_value = false;
-    if (reader_.direct() && reader_.cursor() != reader_.limit() && *reader_.cursor() == '=') {
-        reader_.advance_to(reader_.cursor() + 1);
-        has_value = true;
-    } else {
+    bool has_value = reader_.skip_direct("=");
+    if (!has_value) {
         reader_.skip_blanks();
         has_value = reader_.peek() == U'=';
         if (has_value)
@@ -251,21 +259,20 @@ std::string_view XMLParser::read_value() {
         .stop_classes = XML_BYTE_DOUBLE_QUOTE | XML_BYTE_EXPANDS, .stop_characters = "\"", .expand = true};
     constexpr Run single_quoted{.stop_classes = XML_BYTE_SINGLE_QUOTE, .stop_characters = "'", .expand = false};
     constexpr Run bare{.stop_classes = XML_BYTE_ENDS_BARE_VALUE, .stop_characters = " \n\t\r>/", .expand = false};
-    if (!reader_.direct() || reader_.cursor() == reader_.limit() || *reader_.cursor() != '"') {
-        reader_.skip_blanks();
-        const char32_t c = reader_.peek();
-        if (c == U'\'')
-            return read_quoted_value('\'', single_quoted);
-        if (c != U'"') {
-            scan(text_, bare);
-            return arena_->keep(text_);
-        }
+    if (reader_.skip_direct("\""))
+        return read_quoted_value('"', double_quoted);
+    reader_.skip_blanks();
+    const char32_t c = reader_.peek();
+    if (c == U'"' || c == U'\'') {
+        reader_.expect(static_cast<char>(c));
+        return read_quoted_value(static_cast<char>(c), c == U'"' ? double_quoted : single_quoted);
     }
-    return read_quoted_value('"', double_quoted);
+    scan(text_, bare);
+    return arena_->keep(text_);
 }
 
+/// Behind the opening quote, up to and with the closing one.
 std::string_view XMLParser::read_quoted_value(char quote, const Run& run) {
-    reader_.expect(quote);
     if (reader_.direct()) {
         const unsigned stops = run.stop_classes | XML_BYTE_SLOW;
         const char* const begin = reader_.cursor();
@@ -387,7 +394,9 @@ void XMLParser::scan_once(std::string& text, const Run& run) {
 
 /// Everything up to the terminator, which stays unread.
 void XMLParser::read_until(std::string& text, std::string_view terminator, bool expand) {
-    const Run run{.stop_classes = 0, .stop_characters = terminator.substr(0, 1), .expand = expand};
+    const Run run{.stop_classes = expand ? unsigned{XML_BYTE_EXPANDS} : 0u,
+                  .stop_characters = terminator.substr(0, 1),
+                  .expand = expand};
     std::string part;
     text.clear();
     for (;;) {

@@ -39,6 +39,7 @@ private:
 
     void parse_tree();
     bool parse_start(XMLNode& node);
+    bool close_start_tag();
     bool parse_content();
     bool content_is_only_blank();
     void read_content_text(std::string& text);

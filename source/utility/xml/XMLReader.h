@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -99,6 +100,14 @@ public:
     const char* cursor() const { return cursor_; }
     const char* limit() const { return limit_; }
     void advance_to(const char* place) { cursor_ = place; }
+    /// Reads over this text of ordinary bytes, if it is next and at hand. False says nothing.
+    bool skip_direct(std::string_view text) {
+        if (!direct() || static_cast<std::size_t>(limit_ - cursor_) < text.size() ||
+            std::memcmp(cursor_, text.data(), text.size()) != 0)
+            return false;
+        cursor_ += text.size();
+        return true;
+    }
     void add_lines(std::int32_t count) { line_ += count; }
 
 private:

@@ -17,19 +17,38 @@ std::uint64_t mixed(std::uint64_t value) {
     return value ^ (value >> 32);
 }
 
-/// Eight bytes at a time: names are short, so this is two or three multiplications.
+template <class Word>
+std::uint64_t word_at(const char* place) {
+    Word word = 0;
+    std::memcpy(&word, place, sizeof(word));
+    return word;
+}
+
+/// Up to eight bytes as one number. Loads overlap rather than run a byte at a time: names are short, and most of the
+/// time of a parse goes into looking them up.
+std::uint64_t short_word(const char* place, std::size_t size) {
+    if (size >= 4)
+        return word_at<std::uint32_t>(place) | (word_at<std::uint32_t>(place + size - 4) << 32);
+    if (size == 0)
+        return 0;
+    return word_at<std::uint8_t>(place) | (word_at<std::uint8_t>(place + size / 2) << 8) |
+           (word_at<std::uint8_t>(place + size - 1) << 16);
+}
+
 std::uint64_t hash_of(std::string_view text) {
     std::uint64_t hash = text.size();
-    while (text.size() >= 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data(), 8);
-        hash = mixed(hash ^ word);
-        text.remove_prefix(8);
-    }
-    std::uint64_t tail = 0;
-    for (const char c : text)
-        tail = (tail << 8) | static_cast<unsigned char>(c);
-    return mixed(hash ^ tail);
+    for (; text.size() > 8; text.remove_prefix(8))
+        hash = mixed(hash ^ word_at<std::uint64_t>(text.data()));
+    return mixed(hash ^ short_word(text.data(), text.size()));
+}
+
+bool same_text(std::string_view a, std::string_view b) {
+    if (a.size() != b.size())
+        return false;
+    for (; a.size() > 8; a.remove_prefix(8), b.remove_prefix(8))
+        if (word_at<std::uint64_t>(a.data()) != word_at<std::uint64_t>(b.data()))
+            return false;
+    return short_word(a.data(), a.size()) == short_word(b.data(), b.size());
 }
 
 /// Blocks of strings, and over them an open-addressed index with linear probing, at most half full.
@@ -43,7 +62,7 @@ public:
             const Slot& slot = slots_[i];
             if (slot.id < 0)
                 return -1;
-            if (slot.tag == tag && this->text(slot.id) == text)
+            if (slot.tag == tag && same_text(this->text(slot.id), text))
                 return slot.id;
         }
     }
