@@ -18,6 +18,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     app.fallthrough(false);
     kst::tool::add_xml_commands(app);
+    kst::tool::add_eval_command(app);
     kst::tool::add_image_commands(app);
     kst::tool::add_bundle_commands(app);
     kst::VirtualFileSystem files;

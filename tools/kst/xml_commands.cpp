@@ -1,7 +1,10 @@
 #include "tools/kst/Command.h"
 
+#include "source/utility/platform/Directory.h"
+#include "source/utility/xml/XMLCompiledForm.h"
 #include "source/utility/xml/XMLDocument.h"
 
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -90,6 +93,23 @@ void dump(const XmlArguments& arguments) {
         throw CommandFailure("unknown entity in " + arguments.file);
 }
 
+/// Written whole or not at all: a half compiled form would be taken for a damaged one.
+void compile(const XmlArguments& arguments) {
+    XMLDocument document;
+    if (!load(document, arguments.file))
+        throw CommandFailure("unknown entity in " + arguments.file);
+    const std::string bytes = compile_xml(document, document.included_files());
+    const std::string output = arguments.output.empty() ? arguments.file + ".bin" : arguments.output;
+    const std::string part = output + ".part";
+    std::ofstream out(part, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    if (!out || !platform::rename_file(part, output)) {
+        platform::remove_file(part);
+        throw CommandFailure("cannot write " + output);
+    }
+}
+
 } // namespace
 
 void add_xml_commands(CLI::App& app) {
@@ -102,6 +122,14 @@ void add_xml_commands(CLI::App& app) {
     dump_command->add_option("FILE", arguments->file, "The XML file")->required();
     dump_command->add_flag("--lines", arguments->lines, "Put each node's line number ahead of it");
     dump_command->callback([arguments] { dump(*arguments); });
+
+    CLI::App* const compile_command = xml->add_subcommand(
+        "compile",
+        "Write the compiled form of a file, which loads without parsing. Beside the source, under the default "
+        "name, it is taken in place of the source for as long as it is not older");
+    compile_command->add_option("FILE", arguments->file, "The XML file")->required();
+    compile_command->add_option("-o", arguments->output, "The file to write (default: FILE and .bin)");
+    compile_command->callback([arguments] { compile(*arguments); });
 }
 
 } // namespace kst::tool
