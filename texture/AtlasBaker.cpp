@@ -22,12 +22,16 @@ std::int32_t level_count(const AtlasSurface& surface, std::int32_t wanted) {
     return wanted == 0 || wanted > full ? full : wanted;
 }
 
-/// Loads the textures, then makes the atlas's levels in their mean colour.
-MipChain load_and_fill(const AtlasSurface& surface, std::int32_t levels, AtlasTextures& loaded) {
+/// Loads the textures, then makes the atlas's levels in their mean colour. Only DDS files hold more than level 0, so
+/// for the others the levels below are not made at all.
+MipChain load_and_fill(const AtlasSurface& surface, std::int32_t levels, TextureFileFormat file_format,
+                       AtlasTextures& loaded) {
+    const bool top_level_only = file_format != TextureFileFormat::DDS;
     *Report.debug << "loading/filtering mips/calculating average color... ";
-    loaded = load_textures(surface.entries(), /*with_mips=*/levels != 1);
+    loaded = load_textures(surface.entries(), {.with_mips = levels != 1, .top_level_only = top_level_only});
     *Report.debug << "filling... ";
-    return filled_chain(surface.width(), surface.height(), levels, loaded.mean_colour);
+    return filled_chain(surface.width(), surface.height(), top_level_only ? std::min(levels, 1) : levels,
+                        loaded.mean_colour);
 }
 
 void blit_all(MipChain& chain, AtlasSurface& surface, AtlasTextures loaded) {
@@ -38,13 +42,13 @@ void blit_all(MipChain& chain, AtlasSurface& surface, AtlasTextures loaded) {
     }
 }
 
-MipChain make_chain(AtlasSurface& surface, std::int32_t wanted_levels) {
+MipChain make_chain(AtlasSurface& surface, std::int32_t wanted_levels, TextureFileFormat file_format) {
     *Report.debug << "Baking... " << std::endl << "Adjusting tiling width/shrinking... ";
     surface.adjust_tiling();
     surface.shrink();
     *Report.debug << "done." << std::endl << "Creating atlas image... ";
     AtlasTextures loaded;
-    MipChain chain = load_and_fill(surface, level_count(surface, wanted_levels), loaded);
+    MipChain chain = load_and_fill(surface, level_count(surface, wanted_levels), file_format, loaded);
     *Report.debug << "blitting.... ";
     blit_all(chain, surface, std::move(loaded));
     *Report.debug << "dilating... ";
@@ -93,17 +97,16 @@ void report_usage(const AtlasSurface& surface, const std::string& atlas_name) {
 
 } // namespace
 
-AtlasTextures load_textures(std::span<const AtlasEntry> entries, bool with_mips) {
+AtlasTextures load_textures(std::span<const AtlasEntry> entries, LoadOptions options) {
     AtlasTextures loaded;
     loaded.textures.reserve(entries.size());
     for (const AtlasEntry& entry : entries) {
         const SetTextureEntry& source = entry.source;
-        const LoadedTexture& texture =
-            loaded.textures.emplace_back(load_image(source.texture->image, {.with_mips = with_mips,
-                                                                            .forced_width = source.width,
-                                                                            .forced_height = source.height,
-                                                                            .rotation = source.rotation,
-                                                                            .mip_filter = source.mip_filter}));
+        options.forced_width = source.width;
+        options.forced_height = source.height;
+        options.rotation = source.rotation;
+        options.mip_filter = source.mip_filter;
+        const LoadedTexture& texture = loaded.textures.emplace_back(load_image(source.texture->image, options));
         for (std::size_t c = 0; c < 3; ++c)
             loaded.mean_colour[c] += texture.average_colour[c];
     }
@@ -115,7 +118,7 @@ AtlasTextures load_textures(std::span<const AtlasEntry> entries, bool with_mips)
 void bake_atlas(AtlasSurface& surface, const BakeRequest& request) {
     if (surface.entries().empty())
         return;
-    MipChain chain = make_chain(surface, RunFlags.draft_mode ? 1 : request.nr_mips);
+    MipChain chain = make_chain(surface, RunFlags.draft_mode ? 1 : request.nr_mips, request.file_format);
 
     *Report.debug << "Saving to disk... ";
     const std::string folder = join_path(request.output_root, request.atlas_name);

@@ -17,9 +17,9 @@ struct AtlasTextures {
     std::array<float, 3> mean_colour{}; ///< red, green, blue, 0 to 1
 };
 
-/// Loads what each entry places, with its forced size, rotation and filter. Throws what load_image throws. A texture
-/// that two entries place is loaded for each of them.
-AtlasTextures load_textures(std::span<const AtlasEntry> entries, bool with_mips);
+/// Loads what each entry places, with its own forced size, rotation and filter in the options. Throws what load_image
+/// throws. A texture that two entries place is loaded for each of them.
+AtlasTextures load_textures(std::span<const AtlasEntry> entries, LoadOptions options);
 
 /// Turns a packed surface into an image file, its database and, if asked for, a BMP beside it. Nothing is written for
 /// an empty surface. This is a packing driver's BakeAtlas.

@@ -92,10 +92,14 @@ LoadedTexture load_image(const TextureImage& image, const LoadOptions& options) 
     texture.height = mips.front().height();
 
     const MipFilter filter = RunFlags.draft_mode ? MipFilter::BOX : options.mip_filter;
-    if (with_mips && (filter != MipFilter::KEEP || mips.size() != full_level_count(texture.width, texture.height)))
-        make_levels(mips, filter_for_missing_levels(filter, image.file_path));
-
+    const bool filtered =
+        with_mips && (filter != MipFilter::KEEP || mips.size() != full_level_count(texture.width, texture.height));
+    const MipFilter used_filter = filtered ? filter_for_missing_levels(filter, image.file_path) : filter;
     const std::size_t dropped = levels_to_drop(texture.width, texture.height, options, image.file_path);
+    if (filtered && options.top_level_only && dropped == 0)
+        mips.erase(mips.begin() + 1, mips.end());
+    else if (filtered)
+        make_levels(mips, used_filter);
     mips.erase(mips.begin(), mips.begin() + static_cast<std::ptrdiff_t>(dropped));
 
     if (options.rotation != 0)

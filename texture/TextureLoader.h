@@ -20,6 +20,9 @@ struct LoadedTexture {
 
 struct LoadOptions {
     bool with_mips = true; ///< false: level 0 alone, unless a forced size asks for more
+    /// The caller has no use for levels below the top one: those that would have to be filtered may be missing from the
+    /// result. All else, errors and warnings included, is as without it.
+    bool top_level_only = false;
     std::int32_t forced_width = -1;
     std::int32_t forced_height = -1; ///< sizes of 0 or less: the file's own; else a level of the full chain
     std::int32_t rotation = 0;       ///< clockwise, 0, 90, 180 or 270 degrees

@@ -61,6 +61,7 @@ void create_texture_set(const AtlasSetDefinition& definition, const std::string&
     for (const SetTextureEntry& entry : definition.textures) {
         const TextureImage& image = entry.texture->image;
         LoadedTexture loaded = load_image(image, {.with_mips = definition.nr_mips != 1,
+                                                  .top_level_only = definition.file_format != TextureFileFormat::DDS,
                                                   .forced_width = entry.width,
                                                   .forced_height = entry.height,
                                                   .mip_filter = entry.mip_filter});

@@ -84,6 +84,18 @@ TEST(LoadImage, keeps_the_levels_of_a_complete_file_and_warns_once_about_any_oth
     EXPECT_EQ(rows_of(load_image({dir / "full.dds", 2, 2}, keep).mips[1]), (Rows{{0xFF000000}})) << "BOX in draft mode";
 }
 
+TEST(LoadImage, makes_no_levels_for_a_caller_who_uses_the_top_one_but_warns_and_drops_as_ever) {
+    const TemporaryDirectory dir;
+    const ReportCapture report;
+    const TextureImage image{noise_png(dir, 16, 16), 16, 16};
+    EXPECT_EQ(load_image(image, {.top_level_only = true, .mip_filter = MipFilter::KEEP}).mips.size(), 1u);
+    EXPECT_THAT(report.warnings.str(), testing::StartsWith("KEEP specified"));
+    LoadOptions forced = forced_to(4, 4);
+    const LoadedTexture whole = load_image(image, forced);
+    forced.top_level_only = true;
+    EXPECT_EQ(rows_of(load_image(image, forced).mips[0]), rows_of(whole.mips[0]));
+}
+
 TEST(LoadImage, rotates_every_level_clockwise_after_the_forced_size) {
     const TemporaryDirectory dir;
     dir.write("a.dds", dds_file({solid(4, 4, 9), {{1, 2}, {3, 4}}, {{7}}}));
