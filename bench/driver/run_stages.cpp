@@ -75,11 +75,11 @@ void bake_in_stages(AtlasSurface& surface, const BakeRequest& request, Stages& s
     double decode_and_filter = 0;
     {
         const Lap lap(decode);
-        loaded = load_textures(surface.entries(), /*with_mips=*/false);
+        loaded = load_textures(surface.entries(), {.with_mips = false});
     }
     {
         const Lap lap(decode_and_filter);
-        loaded = load_textures(surface.entries(), levels != 1);
+        loaded = load_textures(surface.entries(), {.with_mips = levels != 1});
     }
     stages.load += decode;
     stages.filter += std::max(0.0, decode_and_filter - decode);
