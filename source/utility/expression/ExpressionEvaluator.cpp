@@ -192,14 +192,14 @@ private:
 
         std::strong_ordering operator<=>(const FunctionStackItem& other) const {
             const auto by_level = level <=> other.level;
-            return by_level != 0 ? by_level : precedence <=> other.precedence;
+            return std::is_neq(by_level) ? by_level : precedence <=> other.precedence;
         }
     };
 
     void add_operation(std::uint32_t index) {
         const Operator& operation = evaluator_.operators_[index];
         const FunctionStackItem item{level_, operation.precedence, index};
-        while (!waiting_.empty() && (waiting_.back() <=> item) >= 0)
+        while (!waiting_.empty() && std::is_gteq(waiting_.back() <=> item))
             emit_top();
         waiting_.push_back(item);
         constant_ = constant_ && !operation.not_constant;

@@ -23,7 +23,7 @@ public:
     /// Uninitialised room for `count` objects that need no destructor. Null for none.
     template <class T>
     T* allocate(std::size_t count) {
-        const std::size_t bytes = count * sizeof(T);
+        const std::size_t bytes = count * sizeof(T); // NOLINT(bugprone-sizeof-expression): T may be a pointer
         const auto gap = static_cast<std::size_t>(-reinterpret_cast<std::uintptr_t>(next_)) & (alignof(T) - 1);
         if (bytes + gap > room_)
             return reinterpret_cast<T*>(allocate_slowly(bytes));

@@ -35,7 +35,8 @@ XMLNode::XMLNode(const XMLNode& other) {
 }
 
 XMLNode& XMLNode::operator=(const XMLNode& other) {
-    assign(other);
+    if (this != &other)
+        assign(other);
     return *this;
 }
 
