@@ -1,0 +1,161 @@
+// Runs the program as a shell would: arguments in; exit code, standard output and standard error out.
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace mosaicer {
+namespace {
+
+using test::TemporaryFolder;
+using test::tga_bytes;
+using testing::HasSubstr;
+
+struct Result {
+    int exit_code = -1;
+    std::string out;
+    std::string err;
+};
+
+std::string quoted(const std::string& argument) {
+    std::string shell = "'";
+    for (const char c : argument)
+        shell += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return shell + "'";
+}
+
+class Kst : public testing::Test {
+protected:
+    /// Runs in the folder, so that paths in messages are as given.
+    Result run(const std::vector<std::string>& arguments) const {
+        std::string command = "cd " + quoted(folder.path()) + " && " + quoted(KST_PROGRAM);
+        for (const std::string& argument : arguments)
+            command += " " + quoted(argument);
+        const TemporaryFolder output;
+        command += " >" + quoted(output.path("out")) + " 2>" + quoted(output.path("err"));
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output.read("out"), output.read("err")};
+    }
+
+    void expect(const std::vector<std::string>& arguments, int exit_code, const std::string& out,
+                const std::string& err) const {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.exit_code, exit_code) << testing::PrintToString(arguments);
+        EXPECT_EQ(result.out, out) << testing::PrintToString(arguments);
+        EXPECT_EQ(result.err, err) << testing::PrintToString(arguments);
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Kst, tells_help_and_version_and_refuses_wrong_command_lines) {
+    for (const char* arguments : {"--help", "--version"})
+        EXPECT_EQ(run({arguments}).exit_code, 0);
+    EXPECT_THAT(run({"xml", "dump", "--help"}).out, HasSubstr("--lines"));
+    for (const std::vector<std::string>& wrong : {std::vector<std::string>{},
+                                                  {"nothing"},
+                                                  {"xml"},
+                                                  {"eval"},
+                                                  {"eval", "1", "2"},
+                                                  {"image", "info", "a", "--nope"},
+                                                  {"bundle", "create", "a", "b", "--version", "3"}}) {
+        const Result result = run(wrong);
+        EXPECT_EQ(result.exit_code, 2) << testing::PrintToString(wrong);
+        EXPECT_THAT(result.err, testing::StartsWith("kst: "));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
+    }
+}
+
+TEST_F(Kst, evaluates_expressions) {
+    expect({"eval", "length(vector(3, 4, 0))"}, 0, "5.000000 5.000000 5.000000\n", "");
+    expect({"eval", "vector(1, 2, 3) * 2"}, 0, "2.000000 4.000000 6.000000\n", "");
+    expect({"eval", "--", "-2 + 1"}, 0, "-1.000000 -1.000000 -1.000000\n", "");
+    expect({"eval", "2 * nosuch"}, 1, "", "kst: Unknown identifier nosuch\n");
+}
+
+TEST_F(Kst, dumps_trees_with_macros_and_escapes) {
+    folder.write("A b.xml", "<root a=\"x&lt;\" b='&amp;\"'>\n <xdefine name=\"two(p,q)\" value=\"$p$q\"/>\n"
+                            " <sub>@two(1,2)\tend</sub>\n</root>");
+    const std::string tree = "root a=\"x&lt;\" b=\"&amp;amp;&quot;\"\n"
+                             "  #macro @two($p,$q)\n"
+                             "  sub\n"
+                             "    #text \"12&#9;end\"\n";
+    expect({"xml", "dump", "A b.xml"}, 0, tree, "");
+    const Result lines = run({"xml", "--lines", "dump", "A b.xml"});
+    EXPECT_EQ(lines.exit_code, 2) << "an option belongs to its own subcommand";
+    EXPECT_EQ(run({"xml", "dump", "--lines", "A b.xml"}).out, run({"xml", "dump", "A b.xml", "--lines"}).out);
+    EXPECT_THAT(run({"xml", "dump", "A b.xml", "--lines"}).out, testing::StartsWith("1 root a="));
+}
+
+TEST_F(Kst, tells_what_is_wrong_with_an_xml_file) {
+    folder.write("entity.xml", "<a>&nosuch;</a>");
+    folder.write("bad.xml", "<a>\n</b>");
+    folder.write("none.xml", "");
+    expect({"xml", "dump", "entity.xml"}, 1, "a\n  #text \"&amp;nosuch;\"\n", "kst: unknown entity in entity.xml\n");
+    expect({"xml", "dump", "bad.xml"}, 1, "", "kst: bad.xml (2): Identifiers must match\n");
+    expect({"xml", "dump", "none.xml"}, 1, "", "kst: cannot load none.xml\n");
+    expect({"xml", "dump", "nowhere.xml"}, 1, "", "kst: cannot load nowhere.xml\n");
+}
+
+TEST_F(Kst, compiles_a_file_that_then_loads_in_its_place) {
+    folder.write("s.xml", "<a b=\"1\"><c/></a>");
+    expect({"xml", "compile", "s.xml"}, 0, "", "");
+    EXPECT_EQ(folder.read("s.xml.bin").substr(0, 4), std::string("XML\1", 4));
+    expect({"xml", "dump", "--lines", "s.xml"}, 0, "0 a b=\"1\"\n0   c\n", "");
+    expect({"xml", "compile", "s.xml", "-o", "nowhere/x.bin"}, 1, "", "kst: cannot write nowhere/x.bin\n");
+}
+
+TEST_F(Kst, tells_and_converts_images) {
+    folder.write("p.tga", tga_bytes(4, 2, 0x80112233u));
+    expect({"image", "info", "p.tga"}, 0, "format=11 width=4 height=2 levels=1 faces=1\n", "");
+    expect({"image", "convert", "p.tga", "q.tga"}, 0, "", "");
+    expect({"image", "info", "q.tga"}, 0, "format=11 width=4 height=2 levels=1 faces=1\n", "");
+    EXPECT_EQ(folder.read("q.tga").substr(18, 4), "\x33\x22\x11\x80");
+    expect({"image", "convert", "p.tga", "q.png", "--level", "1"}, 1, "", "kst: no level 1 in p.tga: it has 1\n");
+    expect({"image", "convert", "p.tga", "q.gif"}, 1, "",
+           "kst: cannot tell the format of q.gif: its name must end in .png, .tga or .bmp\n");
+    expect({"image", "info", "none.dds"}, 1, "", "kst: Image parser cannot open none.dds.\n");
+    folder.write("huge.tga", tga_bytes(65535, 0) + std::string(100, 'x'));
+    EXPECT_EQ(run({"image", "convert", "huge.tga", "q.png"}).exit_code, 1);
+}
+
+TEST_F(Kst, packs_lists_and_unpacks_bundles) {
+    folder.write("tree/B.txt", "bee");
+    folder.write("tree/Dir/a.bin", std::string("\0\1\2", 3));
+    for (const char* version : {"1", "2"}) {
+        expect({"bundle", "create", "t.bundle", "tree", "--version", version}, 0, "", "");
+        const Result list = run({"bundle", "list", "t.bundle"});
+        EXPECT_THAT(list.out, testing::MatchesRegex("f b.txt [0-9]+ 3\nd dir\nf dir/a.bin [0-9]+ 3\n"));
+        const std::string target = std::string("out") + version;
+        expect({"bundle", "extract", "t.bundle", target}, 0, "", "");
+        EXPECT_EQ(folder.read(target + "/b.txt"), "bee");
+        EXPECT_EQ(folder.read(target + "/dir/a.bin"), std::string("\0\1\2", 3));
+    }
+}
+
+TEST_F(Kst, unpacks_nothing_of_a_bundle_that_would_leave_the_directory) {
+    const std::string header("BNDL\2\0\0\0\0\0\0\0\0\0\0\0", 16);
+    const auto file = [](const std::string& name) {
+        return std::string("\2\0\0\0\0\0\0\0\0\0\0\0\0\1", 14) + name + std::string(1, '\0');
+    };
+    for (const char* name : {"../up", "..", "a/b", "/abs"}) {
+        folder.write("bad.bundle", header + file("good") + file(name) + "\3");
+        const Result result = run({"bundle", "extract", "bad.bundle", "x"});
+        EXPECT_EQ(result.exit_code, 1) << name;
+        EXPECT_THAT(result.err, HasSubstr(name));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("x/good")));
+    }
+    expect({"bundle", "list", "nowhere.bundle"}, 1, "", "kst: cannot open nowhere.bundle\n");
+    folder.write("no.bundle", "hello");
+    expect({"bundle", "list", "no.bundle"}, 1, "", "kst: no.bundle is no bundle\n");
+}
+
+} // namespace
+} // namespace mosaicer
