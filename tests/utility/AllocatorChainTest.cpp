@@ -83,7 +83,7 @@ TEST(AllocatorChain, passes_requests_on_when_ranges_are_used_up) {
     for (const std::size_t size : {4u, 16u, 24u, 20u, 16u, 4u})
         for (int i = 0; i < 1500; ++i) {
             blocks.push_back(chain.allocate(size));
-            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back()) % (size & -size), 0u);
+            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back()) & ((size & -size) - 1), 0u);
             std::memset(blocks.back(), 0x55, size);
         }
     EXPECT_TRUE(chain.check());

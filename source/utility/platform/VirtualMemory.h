@@ -4,8 +4,8 @@
 
 namespace kst {
 
-/// What the system maps as one large page where it finds the memory, sparing the processor's address tables. 
-/// Asked for whole multiples of this size that are committed at once.
+/// What the system maps as one large page where it finds the memory, sparing the processor's address tables. It is
+/// asked to for whole multiples of this size that are committed at once.
 inline constexpr std::size_t large_page_bytes = std::size_t{2} << 20;
 
 /// Takes `size` bytes of address space without memory behind them: a touch of them stops the process. Null when the
