@@ -17,3 +17,4 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mosaicerConfig.cmake ${CMAKE_CURRENT_B
   ${CMAKE_CURRENT_LIST_DIR}/FindFreeImage.cmake
   DESTINATION ${package_dir})
 install(FILES ${mosaicer_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${mosaicer_SOURCE_DIR}/docs/man/mosaicer.1 ${mosaicer_SOURCE_DIR}/docs/man/kst.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
