@@ -255,15 +255,20 @@ AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples) {
 
 void solve_alpha(AlphaContext& alpha) {
     const std::span samples(alpha.samples.data(), static_cast<std::size_t>(alpha.count));
+    if (std::all_of(samples.begin(), samples.end(), [&](float sample) { return sample == samples[0]; })) {
+        // One bin takes all, every variant's ends are equal, and the first variant wins.
+        alpha.steps = variants[0].steps;
+        alpha.alpha0 = alpha.alpha1 = to_byte(RampFit(alpha.steps, samples).end0());
+        alpha.codes.fill(0);
+        return;
+    }
     const bool zero = std::find(samples.begin(), samples.end(), 0.0f) != samples.end();
     const bool one = std::find(samples.begin(), samples.end(), 1.0f) != samples.end();
-    const bool single = std::all_of(samples.begin(), samples.end(), [&](float sample) { return sample == samples[0]; });
     const Variant* winner = nullptr;
     AlphaRamp best;
     for (const Variant& variant : variants) {
-        // No later one can do better than 0, nor better than the first one for a single value.
-        if (winner != nullptr && (best.error == 0 || single))
-            break;
+        if (winner != nullptr && best.error == 0)
+            break; // no later one can do better
         if ((variant.fixed_zero || variant.fixed_one) && !(variant.fixed_zero && zero) && !(variant.fixed_one && one))
             continue;
         const AlphaRamp ramp = fit_variant(variant, alpha);
