@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace compression {
 namespace {
@@ -36,11 +37,13 @@ public:
         Bins before{};
         for (int round = 0; round < round_limit; ++round) {
             Bins bins = nearest_bins();
-            if (bins_in_use(bins) == 1)
+            const BinCounts counts = count_bins(bins);
+            if (counts.in_use == 1)
                 return;
-            const Objective fitted = fit(bins);
+            const Sums sums = sum_bins(bins);
+            const Objective fitted = fit(sums);
             ramp_ = fitted.ramp;
-            if (round > 0 && bins == before && !perturb(bins, fitted.error))
+            if (round > 0 && bins == before && !perturb(bins, counts, sums, fitted.error))
                 return;
             before = bins;
         }
@@ -55,63 +58,97 @@ private:
         double error; // less the constant sum of squares
     };
 
+    struct BinCounts {
+        std::array<int, 8> samples{};
+        int in_use = 0;
+    };
+
+    struct Sums {
+        int t = 0;     // of the bins
+        int tt = 0;    // of their squares
+        double tx = 0; // of bin times value, in the order of the samples
+    };
+
     Bins nearest_bins() const {
-        std::array<double, 7> thresholds{};
+        std::array<double, 7> thresholds;
+        thresholds.fill(std::numeric_limits<double>::infinity());
         const auto last = static_cast<std::size_t>(steps_ - 1);
         for (std::size_t j = 0; j < last; ++j)
             thresholds[j] =
                 ramp_.end0 + (static_cast<double>(j) + 0.5) * (ramp_.end1 - ramp_.end0) / static_cast<double>(last);
+        return thresholds[0] <= thresholds[last - 1] ? rising_bins(thresholds) : falling_bins(thresholds[0]);
+    }
+
+    // The first threshold that a value does not exceed: with rising thresholds, the number of those below it.
+    Bins rising_bins(const std::array<double, 7>& thresholds) const {
+        std::array<std::int64_t, 16> bins{};
+        for (const double threshold : thresholds)
+            for (std::size_t i = 0; i < 16; ++i)
+                bins[i] += values_[i] <= threshold ? 0 : 1;
+        Bins narrow{};
+        for (std::size_t i = 0; i < count_; ++i)
+            narrow[i] = static_cast<std::uint8_t>(bins[i]);
+        return narrow;
+    }
+
+    // With falling thresholds it is the highest, the first one, or none.
+    Bins falling_bins(double highest) const {
         Bins bins{};
-        for (std::size_t i = 0; i < count_; ++i) {
-            std::size_t bin = 0;
-            while (bin < last && !(values_[i] <= thresholds[bin]))
-                ++bin;
-            bins[i] = static_cast<std::uint8_t>(bin);
-        }
+        for (std::size_t i = 0; i < count_; ++i)
+            bins[i] = values_[i] <= highest ? 0 : static_cast<std::uint8_t>(steps_ - 1);
         return bins;
     }
 
-    std::array<int, 8> bin_counts(const Bins& bins) const {
-        std::array<int, 8> counts{};
+    BinCounts count_bins(const Bins& bins) const {
+        BinCounts counts;
         for (std::size_t i = 0; i < count_; ++i)
-            ++counts[bins[i]];
+            counts.in_use += counts.samples[bins[i]]++ == 0 ? 1 : 0;
         return counts;
     }
 
-    int bins_in_use(const Bins& bins) const {
-        const auto counts = bin_counts(bins);
-        return static_cast<int>(std::count_if(counts.begin(), counts.end(), [](int count) { return count > 0; }));
+    Sums sum_bins(const Bins& bins) const {
+        Sums sums;
+        for (std::size_t i = 0; i < count_; ++i) {
+            const int bin = bins[i];
+            sums.t += bin;
+            sums.tt += bin * bin;
+            sums.tx += bin * values_[i];
+        }
+        return sums;
     }
 
-    Objective fit(const Bins& bins) const {
-        double t = 0;
-        double tt = 0;
-        double tx = 0;
-        for (std::size_t i = 0; i < count_; ++i) {
-            const double bin = bins[i];
-            t += bin;
-            tt += bin * bin;
-            tx += bin * values_[i];
-        }
-        const auto f = static_cast<double>(count_);
-        const RampSums sums{f, t, tt - t * t / f, tx};
-        const Ramp ramp = fit_bounded_ramp(sums, steps_ - 1, 0.0 - mean_, 1.0 - mean_);
-        return {ramp, ramp.gain / sums.v};
+    double spread(const Sums& sums) const {
+        const auto t = static_cast<double>(sums.t);
+        return sums.tt - t * t / static_cast<double>(count_);
+    }
+
+    Objective fit(const Sums& sums) const {
+        const RampSums ramp_sums{static_cast<double>(count_), static_cast<double>(sums.t), spread(sums), sums.tx};
+        const Ramp ramp = fit_bounded_ramp(ramp_sums, steps_ - 1, 0.0 - mean_, 1.0 - mean_);
+        return {ramp, ramp.gain / ramp_sums.v};
+    }
+
+    // False where moving a sample between bins cannot lower the error: no ramp does better than the free one, and the
+    // margin is far above the rounding of the sums.
+    bool may_improve(const Sums& sums, double error) const {
+        return -(sums.tx * sums.tx) < (error + 1e-9) * spread(sums);
     }
 
     // Moves the outermost sample of some bin into the next bin, the first such move that lowers the error.
-    bool perturb(Bins& bins, double error) {
-        const auto counts = bin_counts(bins);
-        const int used = bins_in_use(bins);
+    bool perturb(Bins& bins, const BinCounts& counts, const Sums& sums, double error) {
         for (const int direction : {1, -1})
             for (int bin = 0; bin < steps_; ++bin) {
                 const int next = bin + direction;
-                const int in_bin = counts[static_cast<std::size_t>(bin)];
-                if (in_bin == 0 || next < 0 || next >= steps_ || (in_bin == 1 && used <= 2))
+                const int in_bin = counts.samples[static_cast<std::size_t>(bin)];
+                if (in_bin == 0 || next < 0 || next >= steps_ || (in_bin == 1 && counts.in_use <= 2))
                     continue;
                 const std::size_t moved = outermost(bins, bin, direction);
+                if (!may_improve(
+                        {sums.t + direction, sums.tt + next * next - bin * bin, sums.tx + direction * values_[moved]},
+                        error))
+                    continue;
                 bins[moved] = static_cast<std::uint8_t>(next);
-                const Objective fitted = fit(bins);
+                const Objective fitted = fit(sum_bins(bins));
                 if (fitted.error < error) {
                     ramp_ = fitted.ramp;
                     return true;
@@ -195,26 +232,43 @@ AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples) {
     ramp.alpha0 = to_byte(fit.end0());
     ramp.alpha1 = to_byte(fit.end1());
     const auto levels = ramp_levels(steps, ramp.alpha0, ramp.alpha1);
+    std::array<double, 16> values{};
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        values[i] = static_cast<double>(samples[i]) * 255.0;
+    std::array<double, 16> least;
+    std::array<std::int64_t, 16> codes{}; // as wide as the distances, so that both select in the same registers
+    for (std::size_t i = 0; i < 16; ++i)
+        least[i] = std::abs(values[i] - levels[0]);
+    for (std::size_t level = 1; level < static_cast<std::size_t>(steps); ++level)
+        for (std::size_t i = 0; i < 16; ++i) {
+            const double distance = std::abs(values[i] - levels[level]);
+            const bool nearer = distance < least[i];
+            codes[i] = nearer ? static_cast<std::int64_t>(level) : codes[i];
+            least[i] = nearer ? distance : least[i];
+        }
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double value = static_cast<double>(samples[i]) * 255.0;
-        double best = std::abs(value - levels[0]);
-        for (std::size_t level = 1; level < static_cast<std::size_t>(steps); ++level)
-            if (std::abs(value - levels[level]) < best) {
-                best = std::abs(value - levels[level]);
-                ramp.codes[i] = static_cast<std::uint8_t>(level);
-            }
-        ramp.error += best * best;
+        ramp.codes[i] = static_cast<std::uint8_t>(codes[i]);
+        ramp.error += least[i] * least[i];
     }
     return ramp;
 }
 
 void solve_alpha(AlphaContext& alpha) {
     const std::span samples(alpha.samples.data(), static_cast<std::size_t>(alpha.count));
+    if (std::all_of(samples.begin(), samples.end(), [&](float sample) { return sample == samples[0]; })) {
+        // One bin takes all, every variant's ends are equal, and the first variant wins.
+        alpha.steps = variants[0].steps;
+        alpha.alpha0 = alpha.alpha1 = to_byte(RampFit(alpha.steps, samples).end0());
+        alpha.codes.fill(0);
+        return;
+    }
     const bool zero = std::find(samples.begin(), samples.end(), 0.0f) != samples.end();
     const bool one = std::find(samples.begin(), samples.end(), 1.0f) != samples.end();
     const Variant* winner = nullptr;
     AlphaRamp best;
     for (const Variant& variant : variants) {
+        if (winner != nullptr && best.error == 0)
+            break; // no later one can do better
         if ((variant.fixed_zero || variant.fixed_one) && !(variant.fixed_zero && zero) && !(variant.fixed_one && one))
             continue;
         const AlphaRamp ramp = fit_variant(variant, alpha);

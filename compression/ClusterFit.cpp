@@ -164,26 +164,6 @@ void run_pass(Pass& pass, OrderRing& ring, const DistinctColours& colours, int r
     }
 }
 
-LineFit search_line(const DistinctColours& colours, const Vector3& weights, int step_limit) {
-    constexpr int line_rounds = 17;
-    constexpr int box_rounds = 9;
-    const auto free_fit = [&](const Order& order) { return fit_line(colours, order, step_limit); };
-    const auto box_fit = [&](const Order& order) { return fit_line_in_box(colours, order, step_limit, weights); };
-    OrderRing ring(colours.count);
-    Pass first;
-    first.order =
-        sort_by(colours, principal_axis({colours.centred_pixels.data(), colours.pixel_count}), TieMode::earlier);
-    run_pass(first, ring, colours, line_rounds, nullptr, free_fit);
-    Pass second;
-    second.order = first.order;
-    const Vector3 farthest = farthest_difference(colours);
-    run_pass(second, ring, colours, line_rounds, &farthest, free_fit);
-    Pass best = second.fitted && second.fit.score <= first.fit.score ? second : first;
-    if (leaves_box(best.fit, colours.mean, weights))
-        run_pass(best, ring, colours, box_rounds, nullptr, box_fit);
-    return best.fit;
-}
-
 // A row gives new ends from a fit's: a e0 + b e1 and c e0 + d e1.
 struct EndRow {
     int fitted_colours;
@@ -222,28 +202,63 @@ void lattice_step(BlockContext& block, const DistinctColours& colours, int fitte
         block.indices[i] = best.indices[colours.of_pixel[i]];
 }
 
-} // namespace
-
-void cluster_fit(BlockContext& block, int colour_limit) {
+// Holds the block and gives it back.
+BlockContext& held(BlockContext& block) {
     for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i)
         std::for_each(block.colours[i].begin(), block.colours[i].end(), hold_to_unit);
     std::for_each(block.weights.begin(), block.weights.end(), hold_to_unit);
+    return block;
+}
 
-    const DistinctColours colours(block);
-    if (is_single_colour(block) || colours.count == 1)
-        return fit_solid_colour(block, colours.weighted[0], colour_limit);
+} // namespace
+
+ClusterFit::ClusterFit(BlockContext& block)
+    : colours_(held(block)), solid_(is_single_colour(block) || colours_.count == 1) {
+    if (solid_ || colours_.count == 2)
+        return;
+    const std::span pixels(colours_.centred_pixels.data(), colours_.pixel_count);
+    start_ = sort_by(colours_, principal_axis(pixels), TieMode::earlier);
+    farthest_ = farthest_difference(colours_);
+}
+
+LineFit ClusterFit::search_line(const Vector3& weights, int step_limit) const {
+    constexpr int line_rounds = 17;
+    constexpr int box_rounds = 9;
+    const auto free_fit = [&](const Order& order) { return fit_line(colours_, order, step_limit); };
+    const auto box_fit = [&](const Order& order) { return fit_line_in_box(colours_, order, step_limit, weights); };
+    OrderRing ring(colours_.count);
+    Pass first;
+    first.order = start_;
+    run_pass(first, ring, colours_, line_rounds, nullptr, free_fit);
+    Pass second;
+    second.order = first.order;
+    run_pass(second, ring, colours_, line_rounds, &farthest_, free_fit);
+    Pass best = second.fitted && second.fit.score <= first.fit.score ? second : first;
+    if (leaves_box(best.fit, colours_.mean, weights))
+        run_pass(best, ring, colours_, box_rounds, nullptr, box_fit);
+    return best.fit;
+}
+
+void ClusterFit::run(BlockContext& block, int colour_limit) const {
+    if (solid_)
+        return fit_solid_colour(block, colours_.weighted[0], colour_limit);
     const bool four = block.colour_mode == COLOUR_MODE_FOUR;
-    if (colours.count == 2)
-        return lattice_step(block, colours, four ? 4 : 2, colour_limit, colours.weighted[0], colours.weighted[1]);
+    if (colours_.count == 2)
+        return lattice_step(block, colours_, four ? 4 : 2, colour_limit, colours_.weighted[0], colours_.weighted[1]);
 
-    const LineFit fit = search_line(colours, block.weights, colour_limit - 1);
+    const LineFit fit = search_line(block.weights, colour_limit - 1);
     Vector3 e0{};
     Vector3 e1{};
     for (std::size_t c = 0; c < 3; ++c) {
-        e0[c] = fit.end0[c] + colours.mean[c];
-        e1[c] = fit.end1[c] + colours.mean[c];
+        e0[c] = fit.end0[c] + colours_.mean[c];
+        e1[c] = fit.end1[c] + colours_.mean[c];
     }
-    lattice_step(block, colours, four ? 4 : fit.steps + 1, colour_limit, e0, e1);
+    lattice_step(block, colours_, four ? 4 : fit.steps + 1, colour_limit, e0, e1);
+}
+
+void cluster_fit(BlockContext& block, int colour_limit) {
+    const ClusterFit fit(block);
+    fit.run(block, colour_limit);
 }
 
 } // namespace compression

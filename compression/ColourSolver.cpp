@@ -37,9 +37,10 @@ void solve_fast(BlockContext& block) {
 }
 
 void solve_free(BlockContext& block) {
-    cluster_fit(block, 4);
+    const ClusterFit cluster(block);
+    cluster.run(block, 4);
     const Result a = evaluated(block);
-    cluster_fit(block, 3);
+    cluster.run(block, 3);
     const Result b = evaluated(block);
     Result c;
     Result d;

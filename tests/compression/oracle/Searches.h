@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compression/AlphaRamp.h"
 #include "compression/LatticeSearch.h"
 #include "compression/LineFit.h"
 
@@ -8,6 +9,8 @@ namespace compression::oracle {
 // The searches in their plain form: every candidate in turn, each sum in order. They define the results of the fast
 // forms of the same names.
 
+void solve_alpha(AlphaContext& alpha);
+AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples);
 double evaluate_palette(BlockContext& block);
 void fast_fit(BlockContext& block, int colour_count);
 LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit);
