@@ -43,10 +43,6 @@ COMPRESSION_INLINE void load(const float* from, Lanes& to) {
     std::memcpy(&to, from, sizeof(Lanes));
 }
 
-COMPRESSION_INLINE void store(const Lanes& from, float* to) {
-    std::memcpy(to, &from, sizeof(Lanes));
-}
-
 COMPRESSION_INLINE float least(float a, float b) {
     return a < b ? a : b;
 }
