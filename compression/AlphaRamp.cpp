@@ -19,9 +19,10 @@ class RampFit {
 public:
     RampFit(int steps, std::span<const float> samples) : steps_(steps), count_(samples.size()) {
         double sum = 0;
-        double smallest = samples[0];
-        double largest = samples[0];
-        for (const double sample : samples) {
+        auto smallest = static_cast<double>(samples[0]);
+        double largest = smallest;
+        for (const float narrow : samples) {
+            const auto sample = static_cast<double>(narrow);
             sum += sample;
             smallest = std::min(smallest, sample);
             largest = std::max(largest, sample);

@@ -127,7 +127,7 @@ void write_dxt3_alpha(const Window& window, std::uint8_t* output) {
         int bits = 0;
         for (int column = 3; column >= 0; --column) {
             const float* pixel = window.pixel(row * 4 + column);
-            bits = bits << 4 | (pixel == nullptr ? 0 : std::clamp(static_cast<int>(pixel[3] * 15.0f + 0.5f), 0, 15));
+            bits = bits << 4 | (pixel == nullptr ? 0 : std::clamp(round_half_up(pixel[3] * 15.0f), 0, 15));
         }
         put_16(output + 2 * row, bits);
     }

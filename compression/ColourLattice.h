@@ -15,6 +15,13 @@ constexpr int expand_bits(int stored, int bits) {
 static_assert(expand_bits(31, 5) == 255 && expand_bits(16, 5) == 132 && expand_bits(63, 6) == 255 &&
               expand_bits(16, 6) == 65);
 
+/// A value of at least 0 to the nearest whole number, a half up.
+template <typename Real>
+constexpr int round_half_up(Real value) {
+    const Real raised = value + static_cast<Real>(0.5);
+    return static_cast<int>(raised);
+}
+
 /// The 16-bit word of a colour: red in bits 15-11, green in 10-5, blue in 4-0.
 constexpr int pack_565(const std::array<int, 3>& stored) {
     return stored[0] << 11 | stored[1] << 5 | stored[2];

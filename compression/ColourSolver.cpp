@@ -13,7 +13,7 @@ namespace {
 // A search's result as it stood before its evaluation, and its error.
 struct Result {
     BlockContext block;
-    double error = std::numeric_limits<float>::max();
+    double error = static_cast<double>(std::numeric_limits<float>::max());
 };
 
 Result evaluated(const BlockContext& block) {

@@ -31,7 +31,7 @@ struct Symmetric {
 void fast_solid(BlockContext& block) {
     for (std::size_t c = 0; c < 3; ++c) {
         const auto colour = static_cast<float>(block.colours[0][c]);
-        block.end0[c] = static_cast<int>(colour * static_cast<float>(channel_max[c]) + 0.5f);
+        block.end0[c] = round_half_up(colour * static_cast<float>(channel_max[c]));
     }
     block.end1 = block.end0;
     block.indices.fill(0);

@@ -377,7 +377,7 @@ COMPRESSION_INLINE void choose(const FastBatch& batch, const Ends& ends, FastBat
 void take_solid(const FastBatch& batch, std::size_t lane, FastBatchResult& result) {
     std::array<int, 3> stored{};
     for (std::size_t c = 0; c < 3; ++c)
-        stored[c] = static_cast<int>(batch.colours[c][0][lane] * static_cast<float>(channel_max[c]) + 0.5f);
+        stored[c] = round_half_up(batch.colours[c][0][lane] * static_cast<float>(channel_max[c]));
     result.word0[lane] = result.word1[lane] = pack_565(stored);
     result.indices[lane] = 0;
     result.colour_count[lane] = 4;

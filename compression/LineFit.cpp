@@ -149,6 +149,9 @@ LineFit fit_line_in_box(const DistinctColours& colours, const Order& order, int 
     walk_splits(colours, order, step_limit, [&](const Split& split, const Sums& sums) {
         if (split.i == colours.count)
             return best.offer(0, 0, split);
+        // No legal line does better than the free one; the margin is far above the rounding of a gain.
+        if ((-dot(sums.s, sums.s) - 1e-12) * best.denominator > best.numerator * sums.v)
+            return;
         const int steps = boundaries_in_use(split, colours.count);
         double gain = 0;
         for (std::size_t c = 0; c < 3; ++c)

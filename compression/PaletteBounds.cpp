@@ -43,10 +43,6 @@ COMPRESSION_INLINE void load(const float* from, Lanes& to) {
     std::memcpy(&to, from, sizeof(Lanes));
 }
 
-COMPRESSION_INLINE void store(const Lanes& from, float* to) {
-    std::memcpy(to, &from, sizeof(Lanes));
-}
-
 COMPRESSION_INLINE float least(float a, float b) {
     return a < b ? a : b;
 }
@@ -114,8 +110,8 @@ COMPRESSION_INLINE void mix_ends(const WalkEnds& ends, std::size_t i, std::size_
             mixes.third[c].high[lane] = cut_third(2 * high0 + high1);
             mixes.two_thirds[c].low[lane] = cut_third(low0 + 2 * low1);
             mixes.two_thirds[c].high[lane] = cut_third(high0 + 2 * high1);
-            mixes.half[c].low[lane] = static_cast<float>((low0 + low1) / 2);
-            mixes.half[c].high[lane] = static_cast<float>((high0 + high1) / 2);
+            mixes.half[c].low[lane] = static_cast<float>((low0 + low1) >> 1);
+            mixes.half[c].high[lane] = static_cast<float>((high0 + high1) >> 1);
         }
     }
 }
@@ -197,6 +193,7 @@ COMPRESSION_INLINE void sum_least_body(const DistanceTables& tables, std::size_t
     }
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): an attribute stands in none
 #define COMPRESSION_PALETTE_BOUNDS(name, target_attribute)                                                           \
     target_attribute void fill_##name(DistanceTables& tables) {                                                      \
         fill_body(tables);                                                                                           \
@@ -213,6 +210,8 @@ COMPRESSION_INLINE void sum_least_body(const DistanceTables& tables, std::size_t
                                            std::span<const EntryBytes> choices, float* sums) {                       \
         sum_least_body(tables, channel, rows, choices, sums);                                                        \
     }
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 COMPRESSION_PALETTE_BOUNDS(plain, )
 #if defined(__x86_64__)

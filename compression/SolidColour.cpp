@@ -12,7 +12,7 @@ namespace {
 
 // The byte that all channels of all pixels share, or -1.
 int grey_byte(const BlockContext& block) {
-    const auto byte = [](double value) { return static_cast<int>(value * 255.0 + 0.5); };
+    const auto byte = [](double value) { return round_half_up(value * 255.0); };
     const int grey = byte(block.colours[0][0]);
     for (std::size_t i = 0; i < static_cast<std::size_t>(block.count); ++i)
         for (const double channel : block.colours[i])

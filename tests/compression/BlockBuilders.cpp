@@ -1,6 +1,7 @@
 #include "tests/compression/BlockBuilders.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace compression {
 
@@ -19,7 +20,7 @@ void set_pixel(FloatImage& level, int place, const Rgba& pixel) {
 Bytes to_bytes(const FloatImage& level) {
     Bytes bytes;
     for (const float value : level.pixels)
-        bytes.push_back(static_cast<std::uint8_t>(value * 255.0f + 0.5f));
+        bytes.push_back(static_cast<std::uint8_t>(std::lround(value * 255.0f)));
     return bytes;
 }
 
