@@ -185,6 +185,16 @@ TEST(CreateSplitAtlas, ends_at_a_standstill_with_the_textures_that_can_never_be_
               "t3 (reaches a usage of only 0.515625 alone, 0.75 is required)");
 }
 
+TEST(CreateSplitAtlas, tells_the_size_that_made_a_texture_too_large) {
+    TextureShelf shelf;
+    auto definition = definition_of(shelf.sized({{20, 20}, {10, 10}}), 16);
+    definition.textures[0].pad_texels_u = definition.textures[0].pad_texels_v = -4; // 12 x 12 would fit
+    definition.textures[1].pad_texels_u = definition.textures[1].pad_texels_v = 4;
+    const auto run = [&] { create_split_atlas(definition, "out", [](AtlasSurface&, const BakeRequest&) {}); };
+    EXPECT_EQ(thrown_text(run), "Unable to pack set levels/foo, textures that can never be placed: t0 (larger than the "
+                                "surface: 20 x 20 on 16 x 16), t1 (larger than the surface: 18 x 18 on 16 x 16)");
+}
+
 TEST(CreateSplitAtlas, names_what_an_expanding_walk_never_reaches) {
     TextureShelf shelf;
     auto definition = definition_of(shelf.sized({{240, 240}}), 256);
