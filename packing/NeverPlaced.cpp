@@ -25,6 +25,9 @@ bool inserts_alone(AtlasSurface& surface, const SetTextureEntry& entry, Insertio
 
 /// Why the texture fails even alone; empty if it doesn't.
 std::string reason(AtlasSurface& surface, const SetTextureEntry& entry, const AtlasSetDefinition& definition) {
+    // Never asked for until now where its texels alone were too many.
+    if (std::string fault = insertion_fault(entry); !fault.empty())
+        return fault;
     std::ostringstream text;
     const TexelSize natural = natural_size(entry);
     const bool too_large =

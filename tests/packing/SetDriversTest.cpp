@@ -195,6 +195,21 @@ TEST(CreateSplitAtlas, tells_the_size_that_made_a_texture_too_large) {
                                 "surface: 20 x 20 on 16 x 16), t1 (larger than the surface: 18 x 18 on 16 x 16)");
 }
 
+TEST(CreateSplitAtlas, names_the_set_also_when_what_is_left_holds_textures_that_no_surface_takes) {
+    TextureShelf shelf;
+    auto definition = definition_of(shelf.sized({{8, 8}, {14, 14}, {100, 1}}), 16);
+    // Too many texels together, and the biggest leave first: neither of the two is ever inserted.
+    definition.textures[0].texture->tile_u = true;
+    definition.textures[1].texture->image.is_cube = true;
+    definition.textures[0].pad_texels_u = 1;
+    definition.removal_strats = {RemovalKind::TILING, RemovalKind::BIGGEST};
+    const auto run = [&] { create_split_atlas(definition, "out", [](AtlasSurface&, const BakeRequest&) {}); };
+    EXPECT_EQ(thrown_text(run), "Unable to pack set levels/foo, textures that can never be placed: "
+                                "t0 (Texture t0 is tiled and has padding texels in the same direction), "
+                                "t1 (Unable to insert cube texture in atlas; tex/t1.png), "
+                                "t2 (larger than the surface: 100 x 1 on 16 x 16)");
+}
+
 TEST(CreateSplitAtlas, names_what_an_expanding_walk_never_reaches) {
     TextureShelf shelf;
     auto definition = definition_of(shelf.sized({{240, 240}}), 256);
