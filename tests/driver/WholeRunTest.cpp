@@ -16,9 +16,7 @@ using test::TemporaryFolder;
 using test::tga_bytes;
 using testing::AllOf;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 struct Result {
     int exit_code;
