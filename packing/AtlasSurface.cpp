@@ -23,8 +23,17 @@ WideSize padded_size(const SetTextureEntry& entry) {
             natural.height + 2 * std::int64_t{entry.pad_texels_v}};
 }
 
-[[noreturn]] void throw_for_texture(const SetTextureEntry& entry, const char* fault) {
-    throw std::runtime_error("Texture " + entry.texture->name + fault);
+/// Along the axes of the surface.
+struct Tiling {
+    bool u;
+    bool v;
+};
+
+Tiling tiling_of(const SetTextureEntry& entry) {
+    Tiling tiling{entry.texture->tile_u, entry.texture->tile_v};
+    if (entry.rotation == 90 || entry.rotation == 270)
+        std::swap(tiling.u, tiling.v);
+    return tiling;
 }
 
 /// The furthest right and bottom edges of some entries.
@@ -50,28 +59,35 @@ std::int32_t halved_to(std::int32_t side, std::int64_t reach) {
 
 } // namespace
 
+std::string insertion_fault(const SetTextureEntry& entry) {
+    const SourceTexture& texture = *entry.texture;
+    if (texture.image.is_cube)
+        return "Unable to insert cube texture in atlas; " + texture.image.file_path;
+    const Tiling tiling = tiling_of(entry);
+    if ((tiling.u && entry.pad_texels_u != 0) || (tiling.v && entry.pad_texels_v != 0))
+        return "Texture " + texture.name + " is tiled and has padding texels in the same direction";
+    // Nothing could be baked from it, and as a step it would keep a walk on the spot. Tiling adds to no size here: its
+    // axis has no padding.
+    const WideSize size = padded_size(entry);
+    if (size.width <= 0 || size.height <= 0)
+        return "Texture " + texture.name + " has no texels left between its padding texels";
+    return {};
+}
+
 AtlasSurface::AtlasSurface(std::int32_t width, std::int32_t height)
     : walk_(width, height), width_(width), height_(height), full_width_(width), full_height_(height) {}
 
 bool AtlasSurface::insert(const SetTextureEntry& entry, bool pixel_step, bool expanding_square) {
-    const SourceTexture& texture = *entry.texture;
-    if (texture.image.is_cube)
-        throw std::runtime_error("Unable to insert cube texture in atlas; " + texture.image.file_path);
+    if (const std::string fault = insertion_fault(entry); !fault.empty())
+        throw std::runtime_error(fault);
 
-    AtlasEntry placed{.tiled_u = texture.tile_u, .tiled_v = texture.tile_v, .source = entry};
-    if (entry.rotation == 90 || entry.rotation == 270)
-        std::swap(placed.tiled_u, placed.tiled_v);
-    if ((placed.tiled_u && entry.pad_texels_u != 0) || (placed.tiled_v && entry.pad_texels_v != 0))
-        throw_for_texture(entry, " is tiled and has padding texels in the same direction");
-
+    const Tiling tiling = tiling_of(entry);
+    AtlasEntry placed{.tiled_u = tiling.u, .tiled_v = tiling.v, .source = entry};
     WideSize size = padded_size(entry);
     if (placed.tiled_u)
         size.width = std::max<std::int64_t>(size.width, full_width_);
     if (placed.tiled_v)
         size.height = std::max<std::int64_t>(size.height, full_height_);
-    // Nothing could be baked from it, and as a step it would keep a walk on the spot.
-    if (size.width <= 0 || size.height <= 0)
-        throw_for_texture(entry, " has no texels left between its padding texels");
 
     if (min_entry_width_ < 0) {
         min_entry_width_ = size.width;
@@ -90,7 +106,7 @@ bool AtlasSurface::insert(const SetTextureEntry& entry, bool pixel_step, bool ex
     placed.x = position->x;
     placed.y = position->y;
     entries_.push_back(std::move(placed));
-    textures_.insert(&texture);
+    textures_.insert(entry.texture);
     min_entry_width_ = std::min(min_entry_width_, size.width);
     min_entry_height_ = std::min(min_entry_height_, size.height);
     return true;

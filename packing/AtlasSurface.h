@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <set>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace mosaicer {
@@ -20,6 +21,10 @@ struct AtlasEntry {
     bool tiled_v = false; ///< repeats along the surface's y axis (rotation applied)
     SetTextureEntry source;
 };
+
+/// Why no surface takes the entry, whatever its size: a cube map, naming its file; tiling with padding along the same
+/// axis (judged after rotation), or a padding so negative that no texel is left, naming the texture. Empty if one may.
+std::string insertion_fault(const SetTextureEntry& entry);
 
 /// The rectangle that one atlas is packed on.
 ///
@@ -38,9 +43,8 @@ public:
     /// With `pixel_step` candidates are one texel apart, else as far as the smallest width and height among the entries
     /// placed and this one. With `expanding_square` the walk is confined to a region that grows from the top left.
     ///
-    /// False: no position was free; entries and textures are as before. Throws std::runtime_error for a cube map,
-    /// naming its file; for tiling with padding along the same axis (judged after rotation), and for a padding so
-    /// negative that no texel is left, naming the texture.
+    /// False: no position was free; entries and textures are as before. Throws std::runtime_error with the entry's
+    /// insertion_fault, if it has one.
     bool insert(const SetTextureEntry& entry, bool pixel_step, bool expanding_square);
 
     /// Places all of `textures` in packing order, so that at least `min_usage` of the tight area is used.

@@ -25,14 +25,18 @@ bool inserts_alone(AtlasSurface& surface, const SetTextureEntry& entry, Insertio
 
 /// Why the texture fails even alone; empty if it doesn't.
 std::string reason(AtlasSurface& surface, const SetTextureEntry& entry, const AtlasSetDefinition& definition) {
+    // Never asked for until now where its texels alone were too many.
+    if (std::string fault = insertion_fault(entry); !fault.empty())
+        return fault;
     std::ostringstream text;
     const TexelSize natural = natural_size(entry);
     const bool too_large =
         std::int64_t{natural.width} * natural.height > std::int64_t{surface.width()} * surface.height();
     if (too_large || !inserts_alone(surface, entry, InsertionStrategy::PIXEL_STEP)) {
-        text << "larger than the surface: " << natural.width + 2 * std::int64_t{entry.pad_texels_u} << " x "
-             << natural.height + 2 * std::int64_t{entry.pad_texels_v} << " on " << surface.width() << " x "
-             << surface.height();
+        // Texels are counted without padding, and a negative one could make the size look as if it fitted.
+        const std::int64_t frame = too_large ? 0 : 2;
+        text << "larger than the surface: " << natural.width + frame * entry.pad_texels_u << " x "
+             << natural.height + frame * entry.pad_texels_v << " on " << surface.width() << " x " << surface.height();
         return text.str();
     }
     const InsertionStrategy configured = definition.insertion_strat;

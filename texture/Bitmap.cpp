@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace mosaicer {
@@ -132,7 +134,9 @@ Bitmap::~Bitmap() {
 
 std::optional<Bitmap> Bitmap::load(const std::string& path, BitmapFormat format) {
     use_library();
-    if (!size_is_plausible(path, format))
+    // The library would wait at a pipe for ever.
+    std::error_code missing;
+    if (!std::filesystem::is_regular_file(path, missing) || !size_is_plausible(path, format))
         return std::nullopt;
     Handle loaded(FreeImage_Load(library_format(format), path.c_str(), 0));
     if (loaded == nullptr)

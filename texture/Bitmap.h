@@ -35,9 +35,9 @@ public:
     Bitmap& operator=(const Bitmap&) = delete;
     ~Bitmap();
 
-    /// Decodes a file and converts it to 32 bits. Empty when the file is missing, malformed, of a kind that has no such
-    /// conversion (16-bit grey, floats), or tells a size beyond max_image_side, max_image_pixels or what a file of its
-    /// length can hold.
+    /// Decodes a file and converts it to 32 bits. Empty when the file is missing, malformed, no ordinary file, of a
+    /// kind that has no such conversion (16-bit grey, floats), or tells a size beyond max_image_side, max_image_pixels
+    /// or what a file of its length can hold.
     static std::optional<Bitmap> load(const std::string& path, BitmapFormat format);
 
     /// Writes the file with the library's default settings. False when it cannot be opened or written in full; then

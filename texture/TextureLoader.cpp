@@ -102,11 +102,14 @@ LoadedTexture load_image(const TextureImage& image, const LoadOptions& options) 
         make_levels(mips, used_filter);
     mips.erase(mips.begin(), mips.begin() + static_cast<std::ptrdiff_t>(dropped));
 
+    texture.width = mips.front().width();
+    texture.height = mips.front().height();
     if (options.rotation != 0)
         for (Bitmap& level : mips)
             level = level.rotate(options.rotation);
-    texture.width = mips.front().width();
-    texture.height = mips.front().height();
+    // A negative turn moves the pixels alone: packing has not exchanged the sides for it either.
+    if (options.rotation == 90 || options.rotation == 270)
+        std::swap(texture.width, texture.height);
     texture.average_colour = average_colour(mips.front());
     return texture;
 }

@@ -25,7 +25,7 @@ struct LoadOptions {
     bool top_level_only = false;
     std::int32_t forced_width = -1;
     std::int32_t forced_height = -1; ///< sizes of 0 or less: the file's own; else a level of the full chain
-    std::int32_t rotation = 0;       ///< clockwise, 0, 90, 180 or 270 degrees
+    std::int32_t rotation = 0;       ///< clockwise, in degrees; the size follows 90 and 270 alone
     MipFilter mip_filter = MipFilter::KAISER_GAMMA;
 };
 

@@ -7,8 +7,10 @@
 #include "texture/TextureDatabase.h"
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace mosaicer {
 namespace {
@@ -19,7 +21,15 @@ std::string extension_with_dot(const std::string& path) {
     return dot == std::string::npos ? std::string() : path.substr(dot);
 }
 
+/// A set may be written into the folder that its sources lie in.
+bool is_same_file(const std::string& a, const std::string& b) {
+    std::error_code missing;
+    return std::filesystem::equivalent(a, b, missing);
+}
+
 void copy_cube(const std::string& from, const std::string& to) {
+    if (is_same_file(from, to))
+        return; // opening the target would empty the source
     std::ifstream source(from, std::ios::binary);
     OutputFile target(to);
     std::array<char, 2048> block;

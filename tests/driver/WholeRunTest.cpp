@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
@@ -15,9 +16,7 @@ using test::TemporaryFolder;
 using test::tga_bytes;
 using testing::AllOf;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 struct Result {
     int exit_code;
@@ -108,6 +107,15 @@ TEST_F(WholeRun, prints_warnings_without_v_and_still_ends_with_0) {
     const Result result = run_definition(one_atlas);
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_THAT(result.console, AllOf(testing::StartsWith("There were warnings: \n"), HasSubstr("broken.tga")));
+}
+
+TEST_F(WholeRun, goes_on_when_the_reader_of_its_console_has_left) {
+    folder.write("sets.xml", one_atlas);
+    const std::string command = "cd '" + folder.path("") +
+                                "' && { sleep 0.2; '" MOSAICER_PROGRAM "' -v tex sets.xml out; echo $? >code; } | true";
+    ASSERT_EQ(std::system(command.c_str()), 0); // NOLINT(concurrency-mt-unsafe)
+    EXPECT_EQ(folder.read("code"), "0\n");
+    EXPECT_THAT(folder.files(), testing::Contains("out/ui/tdb_atlas_set.xml"));
 }
 
 TEST_F(WholeRun, gives_the_same_bytes_again) {

@@ -185,6 +185,31 @@ TEST(CreateSplitAtlas, ends_at_a_standstill_with_the_textures_that_can_never_be_
               "t3 (reaches a usage of only 0.515625 alone, 0.75 is required)");
 }
 
+TEST(CreateSplitAtlas, tells_the_size_that_made_a_texture_too_large) {
+    TextureShelf shelf;
+    auto definition = definition_of(shelf.sized({{20, 20}, {10, 10}}), 16);
+    definition.textures[0].pad_texels_u = definition.textures[0].pad_texels_v = -4; // 12 x 12 would fit
+    definition.textures[1].pad_texels_u = definition.textures[1].pad_texels_v = 4;
+    const auto run = [&] { create_split_atlas(definition, "out", [](AtlasSurface&, const BakeRequest&) {}); };
+    EXPECT_EQ(thrown_text(run), "Unable to pack set levels/foo, textures that can never be placed: t0 (larger than the "
+                                "surface: 20 x 20 on 16 x 16), t1 (larger than the surface: 18 x 18 on 16 x 16)");
+}
+
+TEST(CreateSplitAtlas, names_the_set_also_when_what_is_left_holds_textures_that_no_surface_takes) {
+    TextureShelf shelf;
+    auto definition = definition_of(shelf.sized({{8, 8}, {14, 14}, {100, 1}}), 16);
+    // Too many texels together, and the biggest leave first: neither of the two is ever inserted.
+    definition.textures[0].texture->tile_u = true;
+    definition.textures[1].texture->image.is_cube = true;
+    definition.textures[0].pad_texels_u = 1;
+    definition.removal_strats = {RemovalKind::TILING, RemovalKind::BIGGEST};
+    const auto run = [&] { create_split_atlas(definition, "out", [](AtlasSurface&, const BakeRequest&) {}); };
+    EXPECT_EQ(thrown_text(run), "Unable to pack set levels/foo, textures that can never be placed: "
+                                "t0 (Texture t0 is tiled and has padding texels in the same direction), "
+                                "t1 (Unable to insert cube texture in atlas; tex/t1.png), "
+                                "t2 (larger than the surface: 100 x 1 on 16 x 16)");
+}
+
 TEST(CreateSplitAtlas, names_what_an_expanding_walk_never_reaches) {
     TextureShelf shelf;
     auto definition = definition_of(shelf.sized({{240, 240}}), 256);

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <sys/stat.h>
 
 namespace mosaicer {
 namespace {
@@ -123,6 +124,13 @@ TEST(Bitmap, refuses_sizes_that_the_file_cannot_hold) {
     tga.replace(12, 4, std::string("\xFF\x3F\xFF\x3F", 4)); // 16,383 squared
     write_file(dir / "a.tga", tga);
     EXPECT_FALSE(Bitmap::load(dir / "a.tga", BitmapFormat::tga).has_value());
+}
+
+TEST(Bitmap, does_not_wait_at_a_pipe_that_is_named_like_a_picture) {
+    const test_support::TemporaryDirectory dir;
+    ASSERT_EQ(::mkfifo((dir / "pipe").c_str(), 0600), 0);
+    for (const BitmapFormat format : {BitmapFormat::bmp, BitmapFormat::png, BitmapFormat::tga})
+        EXPECT_FALSE(Bitmap::load(dir / "pipe", format));
 }
 
 TEST(Bitmap, reads_run_length_files_but_only_with_exactly_the_runs_of_their_pixels) {

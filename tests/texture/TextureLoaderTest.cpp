@@ -110,6 +110,16 @@ TEST(LoadImage, rotates_every_level_clockwise_after_the_forced_size) {
     EXPECT_EQ(turned.mips[1].height(), 4);
 }
 
+TEST(LoadImage, turns_the_pixels_but_not_the_size_by_a_negative_rotation) {
+    const TemporaryDirectory dir;
+    const std::string wide = noise_png(dir, 8, 4);
+    const LoadedTexture back = load_image({wide, 8, 4}, {.rotation = -90, .mip_filter = MipFilter::BOX});
+    EXPECT_EQ(back.width, 8);
+    EXPECT_EQ(back.height, 4);
+    const LoadedTexture turned = load_image({wide, 8, 4}, {.rotation = 270, .mip_filter = MipFilter::BOX});
+    EXPECT_EQ(rows_of(back.mips[0]), rows_of(turned.mips[0]));
+}
+
 TEST(LoadImage, leaves_the_record_as_it_was_and_cubes_unread) {
     const TemporaryDirectory dir;
     const TextureImage image{noise_png(dir, 8, 8), 8, 8};

@@ -89,6 +89,14 @@ TEST(TextureSet, copies_a_cube_byte_for_byte_with_its_own_extension) {
     }
 }
 
+TEST(TextureSet, does_not_empty_a_cube_that_is_copied_onto_itself) {
+    OneTexture one("six faces");
+    one.record.image.is_cube = true;
+    LoadedTexture none;
+    write_texture_image(one.record.image, none, one.dir / "rock", TextureFileFormat::DDS, TexelFormat::AF_A8R8G8B8, 0);
+    EXPECT_EQ(one.dir.read("rock.dds"), "six faces");
+}
+
 TEST(TextureSet, tells_which_side_of_a_cube_copy_failed) {
     OneTexture one;
     one.record.image.is_cube = true;
