@@ -102,6 +102,9 @@ TEST_F(Kst, tells_what_is_wrong_with_an_xml_file) {
     expect({"xml", "dump", "bad.xml"}, 1, "", "kst: bad.xml (2): Identifiers must match\n");
     expect({"xml", "dump", "none.xml"}, 1, "", "kst: cannot load none.xml\n");
     expect({"xml", "dump", "nowhere.xml"}, 1, "", "kst: cannot load nowhere.xml\n");
+    // A directory is there, but the host opens it for nobody.
+    expect({"xml", "dump", "."}, 1, "", "kst: cannot load .\n");
+    expect({"xml", "compile", "."}, 1, "", "kst: cannot load .\n");
 }
 
 TEST_F(Kst, compiles_a_file_that_then_loads_in_its_place) {
