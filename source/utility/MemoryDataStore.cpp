@@ -72,7 +72,11 @@ std::size_t NullDataStore::read(std::int64_t /*offset*/, void* /*data*/, std::si
 }
 
 std::size_t NullDataStore::write(std::int64_t offset, const void* /*data*/, std::size_t count) {
-    size_ = std::max(size_, offset + static_cast<std::int64_t>(count));
+    // Held at the largest position, as an archive holds its own.
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t room = most - std::max<std::int64_t>(offset, 0);
+    size_ =
+        std::max(size_, count > static_cast<std::uint64_t>(room) ? most : offset + static_cast<std::int64_t>(count));
     return count;
 }
 

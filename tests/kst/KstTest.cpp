@@ -102,6 +102,9 @@ TEST_F(Kst, tells_what_is_wrong_with_an_xml_file) {
     expect({"xml", "dump", "bad.xml"}, 1, "", "kst: bad.xml (2): Identifiers must match\n");
     expect({"xml", "dump", "none.xml"}, 1, "", "kst: cannot load none.xml\n");
     expect({"xml", "dump", "nowhere.xml"}, 1, "", "kst: cannot load nowhere.xml\n");
+    // A directory is there, but the host opens it for nobody.
+    expect({"xml", "dump", "."}, 1, "", "kst: cannot load .\n");
+    expect({"xml", "compile", "."}, 1, "", "kst: cannot load .\n");
 }
 
 TEST_F(Kst, compiles_a_file_that_then_loads_in_its_place) {
@@ -122,6 +125,15 @@ TEST_F(Kst, tells_and_converts_images) {
     expect({"image", "convert", "p.tga", "q.gif"}, 1, "",
            "kst: cannot tell the format of q.gif: its name must end in .png, .tga or .bmp\n");
     expect({"image", "info", "none.dds"}, 1, "", "kst: Image parser cannot open none.dds.\n");
+    // 4 by 1 luminance, and a head that tells 99 levels: only the first has pixels.
+    const std::string tail(3, '\0');
+    folder.write("flat.mip", "MIP2\1" + tail + '\0' + tail + '\4' + tail + '\1' + tail + 'c' + tail + "abcd");
+    expect({"image", "convert", "flat.mip", "q.tga"}, 0, "", "");
+    EXPECT_EQ(folder.read("q.tga").substr(18, 8), "aaa\xFF"
+                                                  "bbb\xFF");
+    for (const char* level : {"1", "40"})
+        expect({"image", "convert", "flat.mip", "q.tga", "--level", level}, 1, "",
+               std::string("kst: level ") + level + " of flat.mip has no pixels\n");
     folder.write("huge.tga", tga_bytes(65535, 0) + std::string(100, 'x'));
     EXPECT_EQ(run({"image", "convert", "huge.tga", "q.png"}).exit_code, 1);
 }

@@ -238,6 +238,9 @@ TEST(MemoryDataStores, refuse_what_they_cannot_do) {
     EXPECT_EQ(null.write(10, &byte, 5), 5u);
     EXPECT_EQ(null.write(0, &byte, 3), 3u);
     EXPECT_EQ(null.size(), 15);
+    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max();
+    EXPECT_EQ(null.write(last - 1, &byte, 3), 3u);
+    EXPECT_EQ(null.size(), last) << "not a sum that has wrapped";
 }
 
 TEST(MemoryDataStores, grow_by_a_fifth_and_ten) {

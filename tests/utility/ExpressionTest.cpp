@@ -57,7 +57,8 @@ INSTANTIATE_TEST_SUITE_P(
                     ExpressionCase{"clamp(1)", 0}, ExpressionCase{"((2", 2}, ExpressionCase{")2(+1", 1},
                     ExpressionCase{"1.2.3", 1.2f}, ExpressionCase{"7 nothing", 7}, ExpressionCase{"1,2", 2},
                     ExpressionCase{"1e99", std::numeric_limits<float>::infinity()}, ExpressionCase{"1e-9999", 0},
-                    ExpressionCase{"1/0", std::numeric_limits<float>::infinity()}));
+                    ExpressionCase{"1/0", std::numeric_limits<float>::infinity()},
+                    ExpressionCase{"0.1e400", std::numeric_limits<float>::infinity()}, ExpressionCase{"10.5e-400", 0}));
 
 TEST(ExpressionResult, has_all_components) {
     EXPECT_EQ(vector_of("vector(1,2,3)*2+X"), (ExpressionValue{3, 4, 6}));

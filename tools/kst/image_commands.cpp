@@ -125,8 +125,12 @@ void to_argb(const std::vector<std::uint8_t>& raw, const ImageDescription& image
 mosaicer::Bitmap decode_level(ImageParser& parser, const ImageArguments& arguments) {
     ImageDescription image;
     parser.get_format(image);
-    image.width = std::max(image.width >> arguments.level, 1u);
-    image.height = std::max(image.height >> arguments.level, 1u);
+    // A side that was halved to nothing leaves a level without pixels; a header may promise any number of such levels.
+    const std::uint32_t halvings = std::min(arguments.level, 31u);
+    image.width >>= halvings;
+    image.height >>= halvings;
+    if (image.width == 0 || image.height == 0)
+        throw CommandFailure("level " + std::to_string(arguments.level) + " of " + arguments.file + " has no pixels");
     const std::uint64_t byte_count = image_byte_count(image);
     if (byte_count > static_cast<std::uint64_t>(kst::open(arguments.file, "r").size()))
         throw CommandFailure(arguments.file + " ends before its pixels do");

@@ -1,5 +1,7 @@
 #include "tools/kst/Command.h"
 
+#include "source/utility/Errors.h"
+#include "source/utility/filesystem/VirtualFileSystem.h"
 #include "source/utility/platform/Directory.h"
 #include "source/utility/xml/XMLCompiledForm.h"
 #include "source/utility/xml/XMLDocument.h"
@@ -77,8 +79,20 @@ void print_tree(const XMLNode& root, bool lines, std::ostream& out) {
     }
 }
 
+/// Of a directory, a pipe or a file that may not be read, the host's refusal.
+bool is_refused(const std::string& file) {
+    try {
+        kst::open(file, "r");
+        return false;
+    } catch (const DiskError&) {
+        return true;
+    }
+}
+
 /// True if every entity was known. A document without a root element is one that could not be loaded.
 bool load(XMLDocument& document, const std::string& file) {
+    if (is_refused(file))
+        throw CommandFailure("cannot load " + file);
     const bool complete = document.load(file);
     if (!complete && document.type() == XML_NONE)
         throw CommandFailure("cannot load " + file);

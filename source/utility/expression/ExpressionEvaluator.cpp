@@ -21,14 +21,21 @@ bool is_identifier_start(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 
-/// What leads the digits; out of range it is infinite, or nothing for a negative exponent.
+/// What a number becomes that is out of range: nothing, or infinite. The exponent tells, or else whether a digit other
+/// than 0 stands ahead of the point.
+float out_of_range_value(std::string_view number) {
+    const std::size_t exponent = number.find_first_of("eE");
+    const bool is_small = exponent != std::string_view::npos ? number.substr(exponent + 1).starts_with('-')
+                                                             : number.find_first_of("123456789") > number.find('.');
+    return is_small ? 0.0f : std::numeric_limits<float>::infinity();
+}
+
+/// What leads the digits.
 float number_of(std::string_view digits) {
     double value = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (error == std::errc::result_out_of_range)
-        return digits.find('-') == std::string_view::npos && digits.find_first_of("123456789") < digits.find('.')
-                   ? std::numeric_limits<float>::infinity()
-                   : 0.0f;
+        return out_of_range_value(digits.substr(0, static_cast<std::size_t>(end - digits.data())));
     return static_cast<float>(value);
 }
 
