@@ -1,0 +1,3 @@
+set(language_sources
+  CodeBuffer.cpp
+  CompiledFile.cpp)
