@@ -85,7 +85,8 @@ param_list
   ;
 
 class_def
-  : class_head '{' object_decls members '}' { actions.leave_scope($1); }
+  : class_head '{' object_decls methods '}' { actions.leave_scope($1); }
+  | class_head '{' object_decls broken_methods '}' { actions.leave_scope($1); }
   | CLASS error { actions.error("Undefined error while definine class"); }
   ;
 
@@ -93,14 +94,15 @@ class_head
   : CLASS ID { $$ = actions.begin_class($2); }
   ;
 
-members
-  : methods
-  | methods error { actions.error("Undefined error while definine class body"); }
-  ;
-
 methods
   : %empty
   | methods function
+  ;
+
+/* Goes on at the end of the class. */
+broken_methods
+  : methods error { actions.error("Undefined error while definine class body"); }
+  | broken_methods error { actions.error("Undefined error while definine class body"); }
   ;
 
 /* Objects at the head of a block are statements like those further down. */
