@@ -2,7 +2,7 @@
 # Installs what building and testing needs on a bare Debian 12 machine. Does nothing where all of it is there.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build ccache git libfreeimage-dev libgtest-dev libgmock-dev libcli11-dev)
+packages=(g++ cmake ninja-build ccache git libfreeimage-dev libgtest-dev libgmock-dev libcli11-dev bison)
 if [ "${1:-}" = "--all" ]; then
   # For .ci/run and the benchmarks: format and static checks, fuzzing, and the libraries that we measure against.
   packages+=(clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev libxml2-utils libtinyxml2-dev libpugixml-dev

@@ -1,0 +1,10 @@
+set(language_sources
+  CodeBuffer.cpp
+  CompiledFile.cpp
+  ImInstruction.cpp
+  Parser.cpp
+  ParserActions.cpp
+  Scanner.cpp
+  Scope.cpp
+  StreamScanner.cpp
+  Verifier.cpp)
