@@ -35,11 +35,14 @@ public:
 extern constinit ClassBoolean boolean_class;
 extern constinit ClassNumber number_class;
 
+inline ScriptValue::Data number_bits(float value) {
+    return std::bit_cast<std::uint32_t>(value);
+}
 inline ScriptValue boolean_value(bool value) {
     return ScriptValue::adopt(boolean_class, value ? 1 : 0);
 }
 inline ScriptValue number_value(float value) {
-    return ScriptValue::adopt(number_class, std::bit_cast<std::uint32_t>(value));
+    return ScriptValue::adopt(number_class, number_bits(value));
 }
 
 /// A number counts as true when it is further from 0 than this.

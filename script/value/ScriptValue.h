@@ -54,6 +54,12 @@ public:
         std::swap(data_, other.data_);
     }
 
+    /// Sets class and word with no regard to the content, which must own nothing; neither must the new one.
+    void overwrite(ScriptClass& value_class, Data data) {
+        class_ = &value_class;
+        data_ = data;
+    }
+
     ScriptClass& value_class() const { return *class_; }
     Data data() const { return data_; }
     ClassKind kind() const { return class_->kind(); }
