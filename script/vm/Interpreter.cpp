@@ -65,6 +65,47 @@ bool equal(const ScriptValue& a, const ScriptValue& b) {
     return a.equals(b);
 }
 
+bool is_arithmetic(Opcode opcode) {
+    return opcode >= Opcode::add && opcode <= Opcode::div;
+}
+bool is_comparison(Opcode opcode) {
+    return opcode >= Opcode::lt && opcode <= Opcode::ne;
+}
+bool is_operator(Opcode opcode) {
+    return is_arithmetic(opcode) || is_comparison(opcode);
+}
+
+float calculate(Opcode opcode, float left, float right) {
+    switch (opcode) {
+    case Opcode::add:
+        return left + right;
+    case Opcode::sub:
+        return left - right;
+    case Opcode::mul:
+        return left * right;
+    default:
+        return left / right;
+    }
+}
+
+/// By `less` alone, as for all values: a NaN is neither less nor greater than anything, and so equal to it.
+bool compare_numbers(Opcode opcode, float left, float right) {
+    switch (opcode) {
+    case Opcode::lt:
+        return left < right;
+    case Opcode::le:
+        return !(right < left);
+    case Opcode::gt:
+        return right < left;
+    case Opcode::ge:
+        return !(left < right);
+    case Opcode::eq:
+        return !(left < right) && !(right < left);
+    default:
+        return left < right || right < left;
+    }
+}
+
 } // namespace
 
 void Interpreter::run(Entry entry, Arguments arguments, std::uint32_t results) {
@@ -356,16 +397,18 @@ bool Interpreter::pop_boolean() {
 
 // The commonest instructions on the commonest values stand here; all else is in the functions above. The position is a
 // local variable, which lives in a register, and is handed over where a function reads or changes it.
+//
+// Numbers take short cuts over several instructions: an operand that the next instruction would take off the stack
+// again is not put there, nor is a result that is tested, stored or passed on at once:
+//
+//   push a, push b, lt, brifn      one step, nothing on the stack
+//   push a, push 1, sub, param     one step, straight to the local stack
+//
+// Each instruction still stands on its own, for whoever jumps into the middle, and whenever a short cut does not apply.
 void Interpreter::execute() {
     std::uint8_t* ip = ip_;
-    const auto both_numbers = [&] {
-        need(2);
-        return is_number(values_.second()) && is_number(values_.top());
-    };
-    const auto replace_two = [&](ScriptClass& value_class, ScriptValue::Data data) {
-        values_.forget_top();
-        values_.top().overwrite(value_class, data);
-    };
+    const auto next_opcode = [&](std::size_t ahead) { return static_cast<Opcode>(ip[ahead]); };
+    const auto top_is_number = [&] { return values_.count() > value_base_ && is_number(values_.top()); };
     const auto jump_to_operand = [&] {
         const std::uint32_t target = read_32(ip);
         if (target >= vm_->code_.size())
@@ -373,6 +416,74 @@ void Interpreter::execute() {
         if (code_ + target <= ip)
             spend_budget();
         ip = code_ + target;
+    };
+    // To where the next instruction wants the number.
+    const auto deliver_number = [&](float result) {
+        if (next_opcode(0) == Opcode::assign && values_.count() > value_base_ &&
+            values_.top().kind() == ClassKind::local_ref && values_.top().data() < locals_.count()) {
+            ScriptValue& place = locals_[values_.top().data()];
+            if (!place.value_class().counted()) {
+                place.overwrite(number_class, number_bits(result));
+                values_.forget_top();
+                ++ip;
+                return;
+            }
+        }
+        if (next_opcode(0) == Opcode::param) {
+            locals_.push(number_value(result));
+            ++ip;
+            return;
+        }
+        values_.push(number_value(result));
+    };
+    const auto deliver_boolean = [&](bool result) {
+        const Opcode next = next_opcode(0);
+        if (next != Opcode::brif && next != Opcode::brifn)
+            return values_.push(boolean_value(result));
+        ++ip;
+        if (result == (next == Opcode::brif))
+            jump_to_operand();
+        else
+            ip += 4;
+    };
+    // `ip` stands behind the operator.
+    const auto operate = [&](Opcode opcode, float left, float right) {
+        if (is_arithmetic(opcode))
+            deliver_number(calculate(opcode, left, right));
+        else
+            deliver_boolean(compare_numbers(opcode, left, right));
+    };
+    // The next instruction may be the operator, with its left side on the stack ...
+    const auto try_as_right_side = [&](float right) {
+        const Opcode opcode = next_opcode(0);
+        if (!is_operator(opcode) || !top_is_number())
+            return false;
+        const float left = float_of(values_.top());
+        values_.forget_top();
+        ++ip;
+        operate(opcode, left, right);
+        return true;
+    };
+    // ... or the right side, with the operator behind it.
+    const auto try_as_left_side = [&](float left) {
+        float right = 0;
+        std::size_t size = 0;
+        if (next_opcode(0) == Opcode::push_number) {
+            right = std::bit_cast<float>(read_32(ip + 1));
+            size = 5;
+        } else if (next_opcode(0) == Opcode::push_local && ip[1] < locals_.count() - local_base_ &&
+                   is_number(locals_[local_base_ + ip[1]])) {
+            right = float_of(locals_[local_base_ + ip[1]]);
+            size = 2;
+        } else {
+            return false;
+        }
+        const Opcode opcode = next_opcode(size);
+        if (!is_operator(opcode))
+            return false;
+        ip += size + 1;
+        operate(opcode, left, right);
+        return true;
     };
     for (;;) {
         instruction_ = ip;
@@ -408,8 +519,9 @@ void Interpreter::execute() {
             vm_->end_class();
             break;
         case Opcode::push_number:
-            values_.push(ScriptValue::adopt(number_class, read_32(ip)));
             ip += 4;
+            if (!try_as_right_side(std::bit_cast<float>(read_32(ip - 4))))
+                values_.push(ScriptValue::adopt(number_class, read_32(ip - 4)));
             break;
         case Opcode::push_string:
             ip_ = ip;
@@ -440,11 +552,16 @@ void Interpreter::execute() {
         case Opcode::push_member_ref:
             values_.push({ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++});
             break;
-        case Opcode::push_local:
-            values_.push(ScriptValue(local(*ip++)));
+        case Opcode::push_local: {
+            const ScriptValue& value = local(*ip++);
+            if (!is_number(value))
+                values_.push(ScriptValue(value));
+            else if (const float number = float_of(value); !try_as_right_side(number) && !try_as_left_side(number))
+                deliver_number(number);
             break;
+        }
         case Opcode::push_local_ref:
-            values_.push({ScriptVM::ClassLocalRef::instance(), local_base_ + *ip++});
+            values_.push(ScriptValue::adopt(ScriptVM::ClassLocalRef::instance(), local_base_ + *ip++));
             break;
         case Opcode::cnv_number:
         case Opcode::cnv_string:
@@ -458,28 +575,29 @@ void Interpreter::execute() {
             values_.pop();
             break;
         case Opcode::add:
-            if (both_numbers())
-                replace_two(number_class, number_bits(float_of(values_.second()) + float_of(values_.top())));
-            else
-                arithmetic(opcode);
-            break;
         case Opcode::sub:
-            if (both_numbers())
-                replace_two(number_class, number_bits(float_of(values_.second()) - float_of(values_.top())));
-            else
-                arithmetic(opcode);
-            break;
         case Opcode::mul:
-            if (both_numbers())
-                replace_two(number_class, number_bits(float_of(values_.second()) * float_of(values_.top())));
-            else
-                arithmetic(opcode);
-            break;
         case Opcode::div:
-            if (both_numbers())
-                replace_two(number_class, number_bits(float_of(values_.second()) / float_of(values_.top())));
-            else
+        case Opcode::lt:
+        case Opcode::le:
+        case Opcode::eq:
+        case Opcode::ge:
+        case Opcode::gt:
+        case Opcode::ne:
+            need(2);
+            if (is_number(values_.second()) && is_number(values_.top())) {
+                const float right = float_of(values_.top());
+                const float left = float_of(values_.second());
+                values_.forget_top();
+                values_.forget_top();
+                operate(opcode, left, right);
+            } else if (is_arithmetic(opcode)) {
                 arithmetic(opcode);
+            } else {
+                const ScriptValue right = values_.pop();
+                const ScriptValue left = values_.pop();
+                deliver_boolean(compare(opcode, left, right));
+            }
             break;
         case Opcode::mod:
         case Opcode::add_numbers:
@@ -493,25 +611,10 @@ void Interpreter::execute() {
             need(1);
             values_.push(number_value(-values_.pop().to_number()));
             break;
-        case Opcode::lt:
-            if (both_numbers()) {
-                replace_two(boolean_class, float_of(values_.second()) < float_of(values_.top()) ? 1 : 0);
-                break;
-            }
-            [[fallthrough]];
-        case Opcode::le:
-        case Opcode::eq:
-        case Opcode::ge:
-        case Opcode::gt:
-        case Opcode::ne: {
-            need(2);
-            const ScriptValue right = values_.pop();
-            const ScriptValue left = values_.pop();
-            values_.push(boolean_value(compare(opcode, left, right)));
-            break;
-        }
         case Opcode::resize:
-            locals_.resize(local_base_ + *ip++);
+            if (locals_.count() != local_base_ + *ip)
+                locals_.resize(local_base_ + *ip);
+            ++ip;
             break;
         case Opcode::assign:
             need(2);
