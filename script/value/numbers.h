@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kst::script {
+
+/// The integer part, saturated at the ends of the range; NaN gives 0.
+std::int32_t truncate_to_int(float value);
+
+/// How a number prints: a whole number that fits 32 bits without a point ("3"), any other with up to eight significant
+/// digits, as "%1.8g" does ("3.5", "1e+20"). Never by locale; NaN has no sign.
+std::string number_text(float value);
+
+/// Fixed notation with `precision` digits behind the point.
+std::string fixed_text(float value, int precision);
+
+/// What "%f" reads at the start of a text: blanks, a sign, then a decimal or hexadecimal number, "inf" or "nan".
+/// What follows does not matter. Too large is infinite, too small 0. Nothing for a text that begins with no number.
+std::optional<float> scan_number(std::string_view text);
+
+} // namespace kst::script

@@ -1,0 +1,11 @@
+set(value_sources
+  BasicClasses.cpp
+  ClassIdMethod.cpp
+  ClassString.cpp
+  ScriptClass.cpp
+  WrappingClass.cpp
+  format_text.cpp
+  numbers.cpp
+  release_values.cpp
+  text_operations.cpp
+  utf16.cpp)

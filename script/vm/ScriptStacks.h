@@ -1,0 +1,120 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "script/value/DSError.h"
+#include "script/vm/ScriptVM.h"
+
+namespace kst::script {
+
+/// How many entries each of the shared stacks has.
+inline constexpr std::uint32_t stack_size = 5000;
+
+/// A fixed stack of values. Slots at and above the count own nothing. A full stack is a DSError.
+class ValueStack {
+public:
+    explicit ValueStack(const char* overflow_text) : overflow_text_(overflow_text) {}
+
+    std::uint32_t count() const { return count_; }
+    ScriptValue& operator[](std::uint32_t index) { return slots_[index]; }
+    ScriptValue& top() { return slots_[count_ - 1]; }
+    /// The entry below the top.
+    ScriptValue& second() { return slots_[count_ - 2]; }
+    Arguments last(std::uint32_t count) const { return {slots_.get() + count_ - count, count}; }
+
+    void push(ScriptValue&& value) {
+        if (count_ == stack_size)
+            throw DSError(overflow_text_);
+        new (&slots_[count_]) ScriptValue(std::move(value));
+        ++count_;
+    }
+
+    ScriptValue pop() {
+        --count_;
+        return ScriptValue::adopt(slots_[count_].value_class(), slots_[count_].data());
+    }
+
+    /// Takes the top off, which must own nothing: a number, a boolean or void.
+    void forget_top() { --count_; }
+
+    // One at a time and off the stack first: a release may run anything, on these very stacks.
+    void cut_to(std::uint32_t count) {
+        while (count_ > count)
+            pop();
+    }
+
+    void resize(std::uint32_t count) {
+        cut_to(count);
+        while (count_ < count)
+            push({});
+    }
+
+private:
+    std::unique_ptr<ScriptValue[]> slots_ = std::make_unique<ScriptValue[]>(stack_size);
+    std::uint32_t count_ = 0;
+    const char* overflow_text_;
+};
+
+/// One active function, and how its caller goes on.
+struct Frame {
+    ScriptVM* vm = nullptr;
+    /// Null in the frame that a run began with: its return ends the run.
+    std::uint8_t* return_address = nullptr;
+    std::uint32_t local_base = 0;
+    std::uint32_t value_base = 0;
+    /// How many values stay above value_base at the return.
+    std::uint32_t results = 0;
+    /// The count of the call stack when the function was called.
+    std::uint32_t call_depth = 0;
+    ScriptVM::ScriptedClassBase* current_class = nullptr;
+    std::uint32_t object = 0;
+    /// The function or method, and the object of the method: held as long as it runs.
+    ScriptValue callee;
+    ScriptValue self;
+};
+
+/// What all programs of the process share: value stack, local stack, call stack, and the frames that cut the first two
+/// into functions. Nothing here is locked.
+struct ScriptStacks {
+    static ScriptStacks& instance();
+
+    ValueStack values{"Script error: value stack overflow"};
+    ValueStack locals{"Script error: local stack overflow"};
+
+    /// The address of the `call` of each active call, for error reports. A failed run leaves it as it stood; the next
+    /// run from outside empties it.
+    std::unique_ptr<const std::uint8_t*[]> calls = std::make_unique<const std::uint8_t*[]>(stack_size);
+    std::uint32_t call_count = 0;
+
+    /// One for each call, and one for each run.
+    static constexpr std::uint32_t frame_limit = stack_size + 400;
+    std::unique_ptr<Frame[]> frames = std::make_unique<Frame[]>(frame_limit);
+    std::uint32_t frame_count = 0;
+
+    /// Counts destroyed programs: whoever called out sees by it whether to look if its program still lives.
+    std::uint32_t destroyed_programs = 0;
+
+    /// How many more backward jumps and calls may run before a DSError; for hosts of programs they do not trust.
+    std::uint64_t jump_budget = std::numeric_limits<std::uint64_t>::max();
+
+    void push_call(const std::uint8_t* address) {
+        if (call_count == stack_size)
+            throw DSError("Script error: call stack overflow");
+        calls[call_count++] = address;
+    }
+
+    /// A frame to fill; frame_count already counts it.
+    Frame& push_frame() {
+        if (frame_count == frame_limit)
+            throw DSError("Script error: call stack overflow");
+        return frames[frame_count++];
+    }
+    Frame& current() { return frames[frame_count - 1]; }
+    void pop_frame();
+    void cut_frames_to(std::uint32_t count);
+};
+
+} // namespace kst::script
