@@ -2,16 +2,33 @@
 
 namespace kst::script {
 
+namespace {
+
+/// Most scopes are blocks with a few names, where a walk beats a table.
+constexpr std::size_t few_symbols = 8;
+
+} // namespace
+
 bool Scope::declare(const std::string* name, SymbolKind kind) {
-    if (!indices_.emplace(name, static_cast<std::int32_t>(symbols_.size())).second)
+    if (find(name) >= 0)
         return false;
     symbols_.push_back({.name = name, .kind = kind});
+    if (symbols_.size() > few_symbols) {
+        for (std::size_t i = indices_.size(); i < symbols_.size(); ++i)
+            indices_.emplace(symbols_[i].name, static_cast<std::int32_t>(i));
+    }
     return true;
 }
 
 std::int32_t Scope::find(const std::string* name) const {
-    const auto found = indices_.find(name);
-    return found == indices_.end() ? -1 : found->second;
+    if (symbols_.size() > few_symbols) {
+        const auto found = indices_.find(name);
+        return found == indices_.end() ? -1 : found->second;
+    }
+    for (std::size_t i = 0; i < symbols_.size(); ++i)
+        if (symbols_[i].name == name)
+            return static_cast<std::int32_t>(i);
+    return -1;
 }
 
 std::size_t Scope::size() const {

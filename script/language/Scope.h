@@ -55,6 +55,7 @@ private:
     ScopeKind kind_;
     Scope* parent_;
     std::vector<Symbol> symbols_;
+    /// Of all symbols, once they are many; empty before.
     std::unordered_map<const std::string*, std::int32_t> indices_;
 };
 
