@@ -372,6 +372,8 @@ void Interpreter::assign() {
         locals_[place.data()] = std::move(value);
     else if (&place.value_class() == vm_->global_ref_class_ && place.data() < vm_->globals_.size())
         vm_->globals_[place.data()] = std::move(value);
+    else if (place.kind() == ClassKind::member_ref)
+        member_of_current(place.data()) = std::move(value);
     else
         place.set(value);
     check_programs();
@@ -550,7 +552,7 @@ void Interpreter::execute() {
             values_.push(ScriptValue(member_of_current(*ip++)));
             break;
         case Opcode::push_member_ref:
-            values_.push({ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++});
+            values_.push(ScriptValue::adopt(ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++));
             break;
         case Opcode::push_local: {
             const ScriptValue& value = local(*ip++);

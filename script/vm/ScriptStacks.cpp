@@ -2,11 +2,8 @@
 
 namespace kst::script {
 
-void fail(const char* text) { throw DSError(text); }
-
-ScriptStacks& ScriptStacks::instance() {
-    static ScriptStacks& instance = *new ScriptStacks;
-    return instance;
+void fail(const char* text) {
+    throw DSError(text);
 }
 
 void ScriptStacks::pop_frame() {

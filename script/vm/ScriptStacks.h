@@ -82,7 +82,10 @@ struct Frame {
 /// What all programs of the process share: value stack, local stack, call stack, and the frames that cut the first two
 /// into functions. Nothing here is locked.
 struct ScriptStacks {
-    static ScriptStacks& instance();
+    static ScriptStacks& instance() {
+        static ScriptStacks& instance = *new ScriptStacks;
+        return instance;
+    }
 
     ValueStack values{"Script error: value stack overflow"};
     ValueStack locals{"Script error: local stack overflow"};
