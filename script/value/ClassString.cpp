@@ -31,11 +31,9 @@ ScriptValue method_substring(const ScriptValue& self, Arguments arguments) {
 ScriptValue method_replace(const ScriptValue& self, Arguments arguments) {
     const std::string& text = ClassString::instance().text(self.data());
     const ScriptValue& by = arguments[1];
-    const bool by_text = by.kind() == ClassKind::string;
-    const std::string fixed = by_text ? by.to_string() : std::string();
     return string_value(replace_pattern(text, arguments[0].to_string(), [&](std::string_view between) {
-        if (by_text)
-            return fixed;
+        if (by.kind() == ClassKind::string)
+            return by.to_string();
         const ScriptValue argument = string_value(std::string(between));
         return by.call({&argument, 1}).to_string();
     }));

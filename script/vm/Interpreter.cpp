@@ -144,7 +144,7 @@ ScriptValue Interpreter::call(Entry entry, Arguments arguments) {
 void Interpreter::enter(Entry&& entry, std::uint8_t* return_address, std::uint32_t local_base, std::uint32_t results,
                         std::uint32_t call_depth) {
     if (entry.offset >= entry.vm->code_.size())
-        throw DSError("Internal error: Offset outside of the code");
+        fail("Internal error: Offset outside of the code");
     Frame& frame = stacks_.push_frame();
     frame.vm = entry.vm;
     frame.return_address = return_address;
@@ -154,8 +154,8 @@ void Interpreter::enter(Entry&& entry, std::uint8_t* return_address, std::uint32
     frame.call_depth = call_depth;
     frame.current_class = entry.current_class;
     frame.object = entry.object;
-    frame.callee = std::move(entry.callee);
-    frame.self = std::move(entry.self);
+    frame.callee.swap(entry.callee); // both are void in an unused frame
+    frame.self.swap(entry.self);
     if (return_address == nullptr) {
         first_frame_ = stacks_.frame_count - 1;
         destroyed_seen_ = stacks_.destroyed_programs;
@@ -189,14 +189,14 @@ bool Interpreter::leave() {
 
 void Interpreter::spend_budget() {
     if (stacks_.jump_budget == 0)
-        throw DSError("Script error: instruction budget used up");
+        fail("Script error: instruction budget used up");
     --stacks_.jump_budget;
 }
 
 void Interpreter::call_top(std::uint32_t argument_count) {
     need(1);
     if (locals_.count() - local_base_ < argument_count)
-        throw DSError("Internal error: Too few arguments on the local stack");
+        fail("Internal error: Too few arguments on the local stack");
     spend_budget();
     const std::uint32_t call_depth = stacks_.call_count;
     stacks_.push_call(instruction_);
@@ -205,7 +205,7 @@ void Interpreter::call_top(std::uint32_t argument_count) {
     if (callee.kind() == ClassKind::function) {
         const ProgramRegistry::Entry& function = ProgramRegistry::instance()[callee.data()];
         if (function.vm == nullptr)
-            throw DSError("Program containing function has been destroyed");
+            fail("Program containing function has been destroyed");
         enter({function.vm, function.offset, std::move(callee)}, ip_, local_base, 1, call_depth);
     } else if (callee.kind() == ClassKind::method) {
         auto& methods = ScriptVM::ClassMethod::instance();
@@ -235,7 +235,7 @@ void Interpreter::check_programs() {
         return;
     for (std::uint32_t i = first_frame_; i < stacks_.frame_count; ++i)
         if (!ScriptVM::is_live(stacks_.frames[i].vm))
-            throw DSError("Program containing function has been destroyed");
+            fail("Program containing function has been destroyed");
     destroyed_seen_ = stacks_.destroyed_programs;
 }
 
@@ -271,28 +271,28 @@ void Interpreter::push_string_literal() {
 
 void Interpreter::need(std::uint32_t count) const {
     if (values_.count() - value_base_ < count)
-        throw DSError("Internal error: Value stack is empty");
+        fail("Internal error: Value stack is empty");
 }
 
 ScriptValue& Interpreter::local(std::uint32_t index) {
     if (locals_.count() - local_base_ <= index)
-        throw DSError("Internal error: No such local");
+        fail("Internal error: No such local");
     return locals_[local_base_ + index];
 }
 
 ScriptValue& Interpreter::global(std::uint32_t index) {
     if (index >= vm_->globals_.size())
-        throw DSError("Internal error: No such global");
+        fail("Internal error: No such global");
     return vm_->globals_[index];
 }
 
 ScriptValue& Interpreter::member_of_current(std::uint32_t index) {
     const Frame& frame = stacks_.current();
     if (frame.current_class == nullptr)
-        throw DSError("Internal error: No current object");
+        fail("Internal error: No current object");
     std::vector<ScriptValue>& members = frame.current_class->members(frame.object);
     if (index >= members.size())
-        throw DSError("Internal error: No such member");
+        fail("Internal error: No such member");
     return members[index];
 }
 
@@ -372,6 +372,8 @@ void Interpreter::assign() {
         locals_[place.data()] = std::move(value);
     else if (&place.value_class() == vm_->global_ref_class_ && place.data() < vm_->globals_.size())
         vm_->globals_[place.data()] = std::move(value);
+    else if (place.kind() == ClassKind::member_ref)
+        member_of_current(place.data()) = std::move(value);
     else
         place.set(value);
     check_programs();
@@ -412,7 +414,7 @@ void Interpreter::execute() {
     const auto jump_to_operand = [&] {
         const std::uint32_t target = read_32(ip);
         if (target >= vm_->code_.size())
-            throw DSError("Internal error: Branch outside of the code");
+            fail("Internal error: Branch outside of the code");
         if (code_ + target <= ip)
             spend_budget();
         ip = code_ + target;
@@ -550,7 +552,7 @@ void Interpreter::execute() {
             values_.push(ScriptValue(member_of_current(*ip++)));
             break;
         case Opcode::push_member_ref:
-            values_.push({ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++});
+            values_.push(ScriptValue::adopt(ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++));
             break;
         case Opcode::push_local: {
             const ScriptValue& value = local(*ip++);
@@ -654,7 +656,7 @@ void Interpreter::execute() {
             dereference();
             break;
         default:
-            throw DSError("Internal error: Invalid opcode");
+            fail("Internal error: Invalid opcode");
         }
     }
 }

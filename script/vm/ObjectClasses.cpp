@@ -8,13 +8,6 @@
 
 namespace kst::script {
 
-ProgramRegistry& ProgramRegistry::instance() {
-    static ProgramRegistry& instance = *new ProgramRegistry;
-    return instance;
-}
-
-// The classes are never destroyed: values may go as late as the program's last static object.
-
 ScriptVM::ClassFunction& ScriptVM::ClassFunction::instance() {
     static ClassFunction& instance = *new ClassFunction;
     return instance;
@@ -55,11 +48,6 @@ ScriptValue ScriptVM::ScriptedLibrary::member(Data data, idstring id, bool must_
 bool ScriptVM::ScriptedLibrary::has_member(Data data, idstring id) {
     ScriptVM* const vm = entry(data).vm;
     return vm != nullptr && vm->has(id);
-}
-
-ScriptVM::ClassMethod& ScriptVM::ClassMethod::instance() {
-    static ClassMethod& instance = *new ClassMethod;
-    return instance;
 }
 
 ScriptValue ScriptVM::ClassMethod::make(std::uint32_t number, std::uint32_t object, std::uint32_t offset) {
@@ -110,11 +98,6 @@ std::string ScriptVM::ClassMethod::type_name(Data data) {
     if (entry.vm == nullptr)
         return "<destroyed object method>";
     return "<" + entry.scripted_class->name() + " method>";
-}
-
-ScriptVM::ClassInstance& ScriptVM::ClassInstance::instance() {
-    static ClassInstance& instance = *new ClassInstance;
-    return instance;
 }
 
 ScriptValue ScriptVM::ClassInstance::make(std::uint32_t number, std::uint32_t object) {

@@ -8,6 +8,8 @@
 
 namespace kst::script {
 
+// The one object of each class is never destroyed: values may go as late as the program's last static object.
+
 /// A class whose data word is a number of the program registry.
 class RegistryClass : public ScriptClass {
 public:
@@ -66,7 +68,10 @@ public:
         std::uint32_t offset = 0;
     };
 
-    static ClassMethod& instance();
+    static ClassMethod& instance() {
+        static ClassMethod& instance = *new ClassMethod;
+        return instance;
+    }
     /// The first reference.
     ScriptValue make(std::uint32_t number, std::uint32_t object, std::uint32_t offset);
     const Record& record(Data data) { return pool_[data]; }
@@ -92,7 +97,10 @@ private:
 /// A member that its class does not have is looked up on what the object's method `super` returns, if there is one.
 class ScriptVM::ClassInstance final : public ScriptClass {
 public:
-    static ClassInstance& instance();
+    static ClassInstance& instance() {
+        static ClassInstance& instance = *new ClassInstance;
+        return instance;
+    }
     /// A record of its own; the class sees that there is one an object, and counts it on the object.
     ScriptValue make(std::uint32_t number, std::uint32_t object);
     std::size_t live() const { return pool_.live(); }

@@ -17,7 +17,10 @@ public:
         ScriptVM::ScriptedClassBase* scripted_class = nullptr;
     };
 
-    static ProgramRegistry& instance();
+    static ProgramRegistry& instance() {
+        static ProgramRegistry& instance = *new ProgramRegistry;
+        return instance;
+    }
 
     std::uint32_t take(const Entry& entry) {
         const std::uint32_t number = pool_.take();

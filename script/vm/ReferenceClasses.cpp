@@ -21,21 +21,11 @@ std::string ReferenceClass::type_name(Data data) {
     return text.append(place(data).type_name());
 }
 
-ScriptVM::ClassLocalRef& ScriptVM::ClassLocalRef::instance() {
-    static ClassLocalRef& instance = *new ClassLocalRef;
-    return instance;
-}
-
 ScriptValue& ScriptVM::ClassLocalRef::place(Data data) {
     ScriptStacks& stacks = ScriptStacks::instance();
     if (data >= stacks.locals.count())
         throw DSError("Internal error: No such local");
     return stacks.locals[data];
-}
-
-ScriptVM::ClassCurrentClassMemberRef& ScriptVM::ClassCurrentClassMemberRef::instance() {
-    static ClassCurrentClassMemberRef& instance = *new ClassCurrentClassMemberRef;
-    return instance;
 }
 
 ScriptValue& ScriptVM::ClassCurrentClassMemberRef::place(Data data) {

@@ -25,7 +25,10 @@ protected:
 /// An entry of the local stack, by its absolute index.
 class ScriptVM::ClassLocalRef final : public ReferenceClass {
 public:
-    static ClassLocalRef& instance();
+    static ClassLocalRef& instance() {
+        static ClassLocalRef& instance = *new ClassLocalRef;
+        return instance;
+    }
 
 private:
     ClassLocalRef() : ReferenceClass(ClassKind::local_ref) {}
@@ -35,7 +38,10 @@ private:
 /// A member of the object whose method runs when the reference is used.
 class ScriptVM::ClassCurrentClassMemberRef final : public ReferenceClass {
 public:
-    static ClassCurrentClassMemberRef& instance();
+    static ClassCurrentClassMemberRef& instance() {
+        static ClassCurrentClassMemberRef& instance = *new ClassCurrentClassMemberRef;
+        return instance;
+    }
 
 private:
     ClassCurrentClassMemberRef() : ReferenceClass(ClassKind::member_ref) {}

@@ -2,17 +2,16 @@
 
 namespace kst::script {
 
-ScriptStacks& ScriptStacks::instance() {
-    static ScriptStacks& instance = *new ScriptStacks;
-    return instance;
+void fail(const char* text) {
+    throw DSError(text);
 }
 
 void ScriptStacks::pop_frame() {
     Frame& frame = current();
-    // Off the stack first: the last reference to a function or object may go here.
+    --frame_count;
+    // Out of the frame first: the last reference to a function or object may go here, and run anything.
     const ScriptValue callee = std::move(frame.callee);
     const ScriptValue self = std::move(frame.self);
-    --frame_count;
 }
 
 void ScriptStacks::cut_frames_to(std::uint32_t count) {

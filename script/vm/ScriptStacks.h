@@ -13,6 +13,9 @@ namespace kst::script {
 /// How many entries each of the shared stacks has.
 inline constexpr std::uint32_t stack_size = 5000;
 
+/// Throws DSError. Out of line, so that the checks in front of it stay small.
+[[noreturn]] void fail(const char* text);
+
 /// A fixed stack of values. Slots at and above the count own nothing. A full stack is a DSError.
 class ValueStack {
 public:
@@ -27,7 +30,7 @@ public:
 
     void push(ScriptValue&& value) {
         if (count_ == stack_size)
-            throw DSError(overflow_text_);
+            fail(overflow_text_);
         new (&slots_[count_]) ScriptValue(std::move(value));
         ++count_;
     }
@@ -79,7 +82,10 @@ struct Frame {
 /// What all programs of the process share: value stack, local stack, call stack, and the frames that cut the first two
 /// into functions. Nothing here is locked.
 struct ScriptStacks {
-    static ScriptStacks& instance();
+    static ScriptStacks& instance() {
+        static ScriptStacks& instance = *new ScriptStacks;
+        return instance;
+    }
 
     ValueStack values{"Script error: value stack overflow"};
     ValueStack locals{"Script error: local stack overflow"};
@@ -102,14 +108,14 @@ struct ScriptStacks {
 
     void push_call(const std::uint8_t* address) {
         if (call_count == stack_size)
-            throw DSError("Script error: call stack overflow");
+            fail("Script error: call stack overflow");
         calls[call_count++] = address;
     }
 
     /// A frame to fill; frame_count already counts it.
     Frame& push_frame() {
         if (frame_count == frame_limit)
-            throw DSError("Script error: call stack overflow");
+            fail("Script error: call stack overflow");
         return frames[frame_count++];
     }
     Frame& current() { return frames[frame_count - 1]; }

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <map>
 #include <sstream>
 
@@ -144,6 +146,37 @@ TEST_F(VM, operators) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(result_of(c.body), c.result);
+}
+
+TEST_F(VM, short_cuts_give_what_the_single_instructions_give) {
+    const float numbers[] = {0, -0.0f, 1.5f, -3, 1e38f, std::numeric_limits<float>::infinity(), std::nanf("")};
+    for (const Opcode opcode : {add, sub, mul, Opcode::div, lt, le, eq, ge, gt, ne}) {
+        Assembler a;
+        a.op(declare_object, "left").op(declare_object, "right");
+        for (const char* name : {"plain", "values", "stored", "passed", "tested"})
+            a.function(name, name);
+        a.op(return_);
+        // Globals take no short cut, and resize parts the operator from its result.
+        a.label("plain").op(resize, 2).op(push_global_ref, 0).op(push_local, 0).op(resize, 2).op(assign);
+        a.op(push_global_ref, 1).op(push_local, 1).op(resize, 2).op(assign);
+        a.op(push_global, 0).op(push_global, 1).op(resize, 2).op(opcode).op(resize, 2).op(return_);
+        a.label("values").op(resize, 2).op(push_local, 0).op(push_local, 1).op(opcode).op(return_);
+        a.label("stored").op(resize, 3).op(push_local_ref, 2).op(push_local, 0).op(push_local, 1).op(opcode);
+        a.op(assign).op(push_local, 2).op(return_);
+        a.label("passed").op(resize, 2).op(push_local, 0).op(push_local, 1).op(opcode).op(param);
+        a.op(push_local, 2).op(return_);
+        a.label("tested").op(resize, 2).op(push_global, 0).op(push_local, 1).op(opcode).op(brif, "yes");
+        a.op(push_false).op(return_).label("yes").op(push_true).op(return_);
+        Program program(a);
+        for (const float left : numbers)
+            for (const float right : numbers) {
+                const std::vector<ScriptValue> both{number_value(left), number_value(right)};
+                const ScriptValue plain = program.call("plain", both);
+                for (const char* name : {"values", "stored", "passed"})
+                    EXPECT_EQ(program.call(name, both).to_string(), plain.to_string()) << name << left << ' ' << right;
+                EXPECT_EQ(program.call("tested", both).to_boolean(), plain.to_boolean()) << left << ' ' << right;
+            }
+    }
 }
 
 /// sum(n): locals n, i, s; s := 0; while (i < n) { s := s + i; i := i + 1 }
