@@ -3,12 +3,10 @@
 #include "source/utility/Archive.h"
 #include "source/utility/filesystem/BundleDirectory.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
+#include "source/utility/filesystem/extract_bundle.h"
 #include "source/utility/filesystem/write_bundle.h"
 
-#include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -59,51 +57,13 @@ void list(const BundleArguments& arguments) {
     }
 }
 
-/// Present, and so are all directories above it.
-std::vector<bool> entries_to_extract(const std::vector<BundleEntry>& entries) {
-    std::vector<bool> wanted(entries.size(), true);
-    for (std::size_t i = 1; i < entries.size(); ++i)
-        wanted[i] = entries[i].present && wanted[entries[i].parent];
-    return wanted;
-}
-
-void write_file(const Archive& bundle, const BundleEntry& entry, const std::string& path) {
-    Archive data(bundle, entry.offset, entry.size, /*unbounded=*/false);
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    std::vector<char> block(65536);
-    for (std::int64_t left = entry.size; left > 0 && out;) {
-        const auto count =
-            static_cast<std::size_t>(std::min<std::int64_t>(left, static_cast<std::int64_t>(block.size())));
-        data.read(block.data(), count);
-        out.write(block.data(), static_cast<std::streamsize>(count));
-        left -= static_cast<std::int64_t>(count);
-    }
-    out.close();
-    if (!out)
-        throw CommandFailure("cannot write " + path);
-}
-
-/// Looks at every name before anything is written.
 void extract(const BundleArguments& arguments) {
     const Archive archive = open_bundle(arguments.file);
-    const BundleDirectory bundle = read_directory(archive, arguments.file);
-    const auto& entries = bundle.entries();
-    const std::vector<bool> wanted = entries_to_extract(entries);
-    for (std::size_t i = 1; i < entries.size(); ++i)
-        if (wanted[i] && !is_plain_name(entries[i].name))
-            throw CommandFailure("refused: the entry \"" + bundle.path_of(i) + "\" of " + arguments.file +
-                                 " would leave the directory");
-    std::error_code error;
-    std::filesystem::create_directories(arguments.directory, error);
-    for (std::size_t i = 1; i < entries.size(); ++i) {
-        if (!wanted[i])
-            continue;
-        const std::string path = arguments.directory + "/" + bundle.path_of(i);
-        if (!entries[i].is_directory)
-            write_file(archive, entries[i], path);
-        else if (std::filesystem::create_directories(path, error); !std::filesystem::is_directory(path, error))
-            throw CommandFailure("cannot make the directory " + path);
-    }
+    const std::vector<std::string> refused =
+        extract_bundle(read_directory(archive, arguments.file), archive, arguments.directory);
+    if (!refused.empty())
+        throw CommandFailure("refused: the entry \"" + refused.front() + "\" of " + arguments.file +
+                             " would leave the directory");
 }
 
 } // namespace
