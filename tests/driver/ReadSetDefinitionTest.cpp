@@ -6,7 +6,8 @@
 #include "source/utility/filesystem/DiskFileSystem.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
 #include "source/utility/xml/XMLDocument.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/tga_bytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,8 +19,8 @@
 namespace mosaicer {
 namespace {
 
-using test::TemporaryFolder;
-using test::tga_bytes;
+using test_support::TemporaryDirectory;
+using test_support::tga_bytes;
 using testing::ElementsAre;
 
 struct MadeSet {
@@ -70,10 +71,10 @@ protected:
         return "nothing was thrown";
     }
 
-    TemporaryFolder folder;
+    TemporaryDirectory folder;
     kst::VirtualFileSystem file_system;
     kst::DiskFileSystem disk;
-    TextureIndex index{folder.path() + "/root/"};
+    TextureIndex index{folder.path().string() + "/root/"};
     const std::string output_root = "out/";
 };
 
@@ -162,7 +163,7 @@ TEST_F(ReadSetDefinitionTest, makes_only_sets_whose_full_name_contains_the_patte
     }
     std::ostringstream verbose;
     Report.verbose = &verbose;
-    TextureIndex untouched(folder.path() + "/root/");
+    TextureIndex untouched(folder.path().string() + "/root/");
     read(xml, "zz");
     Report.verbose = &discarding_stream();
     EXPECT_EQ(verbose.str(), "") << "nothing to make, nothing to index";
@@ -305,11 +306,11 @@ TEST_F(ReadSetDefinitionTest, goes_deeper_with_nested_roots_and_leaves_records_t
     const auto made = read("<g><g textures_root='maps'><atlas textures_root='ab'><t name='wall'/></atlas></g>"
                            "<atlas><t name='wall'/></atlas></g>");
     ASSERT_EQ(made.size(), 2u);
-    EXPECT_EQ(made[1].set.textures.at(0).texture->image.file_path, folder.path() + "/root/maps/ab/wall.tga");
-    EXPECT_EQ(index.roots()[0], folder.path() + "/root/");
+    EXPECT_EQ(made[1].set.textures.at(0).texture->image.file_path, folder.path().string() + "/root/maps/ab/wall.tga");
+    EXPECT_EQ(index.roots()[0], folder.path().string() + "/root/");
 
     const auto set = read_one("<atlas textures_root4='../other'><t name='wall'/></atlas>");
-    EXPECT_EQ(set.textures.at(0).texture->image.file_path, folder.path() + "/root/maps/ab/wall.tga")
+    EXPECT_EQ(set.textures.at(0).texture->image.file_path, folder.path().string() + "/root/maps/ab/wall.tga")
         << "slot 0 is walked first, and the first file of a name stays";
 }
 

@@ -2,7 +2,8 @@
 
 #include "driver/records/Report.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/tga_bytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,8 +14,8 @@
 namespace mosaicer {
 namespace {
 
-using test::TemporaryFolder;
-using test::tga_bytes;
+using test_support::TemporaryDirectory;
+using test_support::tga_bytes;
 
 /// A DDS head of an uncompressed image of one level, with its pixels.
 std::string dds_bytes(int side) {
@@ -42,13 +43,13 @@ protected:
     }
     ~TextureIndexTest() override { Report.warnings = Report.verbose = &discarding_stream(); }
 
-    std::string below(const std::string& path) const { return folder.path() + "/" + path; }
+    std::string below(const std::string& path) const { return folder.path().string() + "/" + path; }
     std::string collision(const std::string& standing, const std::string& found) const {
         return "Texture name collision between \n" + below(standing) + "\n and \n" + below(found) +
                " - check your texture roots!\n";
     }
 
-    TemporaryFolder folder;
+    TemporaryDirectory folder;
     std::ostringstream warnings;
     std::ostringstream verbose;
 };
@@ -87,7 +88,7 @@ TEST_F(TextureIndexTest, takes_names_with_blanks_umlauts_and_dots_and_only_four_
     for (const char* name :
          {"Rock.tga", "sub dir/\xC3\xA4 b.tga", "a.b.tga", "upper.TGA", "notes.txt", "tga", "x.dds/y.tga"})
         folder.write(name, tga_bytes(3, 2));
-    TextureIndex index(folder.path() + "/");
+    TextureIndex index(folder.path().string() + "/");
     index.ensure_built();
     std::vector<std::string> keys;
     for (const auto& [key, texture] : index.records())
@@ -101,7 +102,7 @@ TEST_F(TextureIndexTest, warns_of_a_file_that_cannot_be_read_and_goes_on) {
     folder.write("bad.tga", "not a picture");
     folder.write("bad.png", "not a picture either");
     folder.write("good.tga", tga_bytes(4, 4));
-    TextureIndex index(folder.path() + "/");
+    TextureIndex index(folder.path().string() + "/");
     index.ensure_built();
     EXPECT_EQ(index.records().size(), 1u);
     EXPECT_THAT(warnings.str(),

@@ -1,6 +1,7 @@
 #include "driver/run_tool.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/tga_bytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,8 +13,8 @@
 namespace mosaicer {
 namespace {
 
-using test::TemporaryFolder;
-using test::tga_bytes;
+using test_support::TemporaryDirectory;
+using test_support::tga_bytes;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -43,11 +44,11 @@ protected:
 
     Result run_definition(const std::string& xml, std::vector<std::string> switches = {}) {
         folder.write("sets.xml", xml);
-        switches.insert(switches.end(), {folder.path("tex"), folder.path("sets.xml"), folder.path("out")});
+        switches.insert(switches.end(), {(folder / "tex"), (folder / "sets.xml"), (folder / "out")});
         return run(switches);
     }
 
-    TemporaryFolder folder;
+    TemporaryDirectory folder;
 };
 
 const std::string one_atlas =
@@ -76,7 +77,7 @@ TEST_F(WholeRun, makes_an_atlas_and_its_database) {
 TEST_F(WholeRun, says_under_v_what_it_does) {
     EXPECT_EQ(run_definition(one_atlas, {"-v"}).console, "Reading texture tree definition and baking sets...\n"
                                                          "Indexing " +
-                                                             folder.path("tex") +
+                                                             (folder / "tex") +
                                                              "/... done (2 textures found)\n"
                                                              "Creating atlas ui...\n"
                                                              "Using dxt lib for DXT compression\n"
@@ -111,7 +112,7 @@ TEST_F(WholeRun, prints_warnings_without_v_and_still_ends_with_0) {
 
 TEST_F(WholeRun, goes_on_when_the_reader_of_its_console_has_left) {
     folder.write("sets.xml", one_atlas);
-    const std::string command = "cd '" + folder.path("") +
+    const std::string command = "cd '" + (folder / "") +
                                 "' && { sleep 0.2; '" MOSAICER_PROGRAM "' -v tex sets.xml out; echo $? >code; } | true";
     ASSERT_EQ(std::system(command.c_str()), 0); // NOLINT(concurrency-mt-unsafe)
     EXPECT_EQ(folder.read("code"), "0\n");
@@ -139,25 +140,25 @@ TEST_F(WholeRun, takes_paths_of_every_kind) {
                               PathCase{"Mixed Case/T\xC3\xA4x", "My Sets/Def.XML", "Out Put", true},
                               PathCase{"Mixed Case\\T\xC3\xA4x\\", "My Sets\\Def.XML", "Out Put\\", true},
                               PathCase{"./x/../x/", "./def.xml", "./deep/er/out", true}}) {
-        const TemporaryFolder place;
+        const TemporaryDirectory place;
         std::string texture = c.textures;
         std::replace(texture.begin(), texture.end(), '\\', '/');
         std::string definition = c.definition;
         std::replace(definition.begin(), definition.end(), '\\', '/');
-        std::filesystem::create_directories(place.path("x"));
+        std::filesystem::create_directories((place / "x"));
         place.write(texture + "/a.tga", tga_bytes(4, 4));
         place.write(definition, xml);
         const std::filesystem::path before = std::filesystem::current_path();
-        const auto given = [&](const char* path) { return c.relative ? std::string(path) : place.path(path); };
+        const auto given = [&](const char* path) { return c.relative ? std::string(path) : (place / path); };
         if (c.relative)
-            std::filesystem::current_path(place.path());
+            std::filesystem::current_path(place.path().string());
         const Result result = run({given(c.textures), given(c.definition), given(c.output)});
         std::filesystem::current_path(before);
         std::string output = c.output;
         std::replace(output.begin(), output.end(), '\\', '/');
         const std::string image = std::filesystem::path(output + "/Set \xC3\x84/a.dds").lexically_normal().string();
         EXPECT_EQ(result.exit_code, 0) << result.console;
-        EXPECT_TRUE(std::filesystem::exists(place.path(image))) << image << "\n" << result.console;
+        EXPECT_TRUE(std::filesystem::exists((place / image))) << image << "\n" << result.console;
     }
 }
 

@@ -1,6 +1,7 @@
 // Runs the program as a shell would: arguments in; exit code, standard output and standard error out.
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/tga_bytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,8 +15,8 @@
 namespace mosaicer {
 namespace {
 
-using test::TemporaryFolder;
-using test::tga_bytes;
+using test_support::TemporaryDirectory;
+using test_support::tga_bytes;
 using testing::HasSubstr;
 
 struct Result {
@@ -35,11 +36,11 @@ class Kst : public testing::Test {
 protected:
     /// Runs in the folder, so that paths in messages are as given.
     Result run(const std::vector<std::string>& arguments) const {
-        std::string command = "cd " + quoted(folder.path()) + " && " + quoted(KST_PROGRAM);
+        std::string command = "cd " + quoted(folder.path().string()) + " && " + quoted(KST_PROGRAM);
         for (const std::string& argument : arguments)
             command += " " + quoted(argument);
-        const TemporaryFolder output;
-        command += " >" + quoted(output.path("out")) + " 2>" + quoted(output.path("err"));
+        const TemporaryDirectory output;
+        command += " >" + quoted((output / "out")) + " 2>" + quoted((output / "err"));
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output.read("out"), output.read("err")};
     }
@@ -52,7 +53,7 @@ protected:
         EXPECT_EQ(result.err, err) << testing::PrintToString(arguments);
     }
 
-    TemporaryFolder folder;
+    TemporaryDirectory folder;
 };
 
 TEST_F(Kst, tells_help_and_version_and_refuses_wrong_command_lines) {

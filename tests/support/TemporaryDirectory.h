@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace test_support {
 
@@ -39,6 +41,16 @@ public:
     std::string read(std::string_view name) const {
         std::ifstream file(path_ / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /// Every file below, relative, in ascending order.
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& item : std::filesystem::recursive_directory_iterator(path_))
+            if (item.is_regular_file())
+                names.push_back(item.path().lexically_relative(path_).string());
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
 private:
