@@ -1,0 +1,39 @@
+#pragma once
+
+#include "compression/SimdLevel.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
+
+namespace compression {
+
+/// Ramps that are fitted side by side, one per lane.
+constexpr std::size_t ramp_lanes = 4;
+
+using RampLane = std::array<double, ramp_lanes>;
+
+/// Four sets of samples. A lane that is not needed repeats another one.
+struct RampBatch {
+    alignas(32) std::array<RampLane, 16> samples; ///< 0.0 to 1.0, spare ones repeat the lane's first
+    alignas(32) RampLane count;                   ///< samples, 1 to 16
+    alignas(32) RampLane steps;                   ///< levels of the ramp, 8 or 6
+};
+
+struct RampBatchResult {
+    alignas(32) RampLane alpha0;      ///< byte of code 0
+    alignas(32) RampLane alpha1;      ///< byte of code 1
+    alignas(32) RampLane error;       ///< sum of squared differences in bytes, each sample at its nearest level
+    alignas(32) RampLane least_error; ///< the same if every byte were a level: no ramp has less
+};
+
+/// The kernel of one instruction set. All give the same bits.
+struct RampBatchKernel {
+    SimdLevel level;
+    void (*fit)(const RampBatch& batch, RampBatchResult& result);
+};
+
+/// The kernels that this processor runs, slowest first.
+std::span<const RampBatchKernel> ramp_batch_kernels();
+
+} // namespace compression
