@@ -26,45 +26,67 @@ void write_dxt3_alpha(const BlockWindow& window, std::uint8_t* output) {
     }
 }
 
-// What code `i` becomes when the ends change places.
-int mirrored_code(int code, int steps) {
-    if (code < 2)
-        return 1 - code;
-    if (steps == 8)
-        return 9 - code;
-    return code < 6 ? 7 - code : code;
+constexpr std::uint64_t lowest_bits = 01111'1111'1111'1111; // of 16 codes of 3 bits
+
+// The codes when the ends change places. Of eight steps, 0 and 1 change places and i becomes 9 - i: 1 - i, modulo 8. Of
+// six, 0 and 1 change places, i of 2 to 5 becomes 7 - i, and 6 and 7 stay.
+constexpr std::uint64_t mirrored_codes(std::uint64_t codes, int steps) {
+    const std::uint64_t middle = codes >> 1 & lowest_bits;
+    const std::uint64_t high = codes >> 2 & lowest_bits;
+    if (steps == 8) // inverted, plus 2 with the carry
+        return (codes ^ lowest_bits * 5) ^ (middle ^ lowest_bits) << 2;
+    const std::uint64_t ramp = middle ^ high;
+    return codes ^ (lowest_bits & ~(middle & high)) ^ ramp << 1 ^ ramp << 2;
+}
+static_assert(mirrored_codes(076543210, 8) == (023456701 | 01111'1111'0000'0000));
+static_assert(mirrored_codes(076543210, 6) == (076234501 | 01111'1111'0000'0000));
+
+bool is_whole(const BlockWindow& window) {
+    return window.level.width - window.x >= 4 && window.level.height - window.y >= 4;
 }
 
 void gather_alpha(const BlockWindow& window, AlphaContext& alpha) {
+    if (is_whole(window)) {
+        const float* first = window.pixel(0) + 3;
+        const std::size_t pitch = static_cast<std::size_t>(window.level.width) * 4;
+        for (std::size_t i = 0; i < 16; ++i)
+            alpha.samples[i] = first[i / 4 * pitch + i % 4 * 4];
+        alpha.count = 16;
+        return;
+    }
     alpha.count = 0;
     for (int cell = 0; cell < 16; ++cell)
         if (const float* pixel = window.pixel(cell))
             alpha.samples[static_cast<std::size_t>(alpha.count++)] = pixel[3];
 }
 
+// From samples to cells; those outside the level have code 0.
+std::uint64_t codes_of_cells(const BlockWindow& window, std::uint64_t codes) {
+    if (is_whole(window))
+        return codes;
+    std::uint64_t word = 0;
+    for (int cell = 0; cell < 16; ++cell)
+        if (window.pixel(cell) != nullptr) {
+            word |= (codes & 7) << (3 * cell);
+            codes >>= 3;
+        }
+    return word;
+}
+
 void write_dxt5_alpha(const BlockWindow& window, AlphaContext& alpha, std::uint8_t* output) {
     if (alpha.alpha0 == alpha.alpha1) {
         ++alpha.alpha1;
-        alpha.codes.fill(0);
+        alpha.codes = 0;
         alpha.steps = 6;
     }
     // A decoder reads alpha0 > alpha1 as eight steps.
-    const bool swapped = (alpha.alpha1 < alpha.alpha0) == (alpha.steps == 6);
-    if (swapped)
+    if ((alpha.alpha1 < alpha.alpha0) == (alpha.steps == 6)) {
         std::swap(alpha.alpha0, alpha.alpha1);
+        alpha.codes = mirrored_codes(alpha.codes, alpha.steps);
+    }
     output[0] = static_cast<std::uint8_t>(std::clamp(alpha.alpha0, 0, 255));
     output[1] = static_cast<std::uint8_t>(std::clamp(alpha.alpha1, 0, 255));
-    std::uint64_t word = 0;
-    auto sample = static_cast<std::size_t>(alpha.count);
-    for (int cell = 15; cell >= 0; --cell) {
-        int code = 0;
-        if (window.pixel(cell) != nullptr) {
-            code = alpha.codes[--sample];
-            if (swapped)
-                code = mirrored_code(code, alpha.steps);
-        }
-        word = word << 3 | static_cast<unsigned>(code);
-    }
+    const std::uint64_t word = codes_of_cells(window, alpha.codes);
     for (int byte = 0; byte < 6; ++byte)
         output[2 + byte] = static_cast<std::uint8_t>(word >> (8 * byte) & 255);
 }

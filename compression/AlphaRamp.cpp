@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <limits>
 
 namespace compression {
@@ -24,64 +23,57 @@ int fixed_code(const Variant& variant, float sample) {
     return variant.fixed_one && sample == 1.0f ? 7 : -1;
 }
 
-std::span<const float> samples_of(const AlphaContext& alpha) {
-    return {alpha.samples.data(), static_cast<std::size_t>(alpha.count)};
-}
-
-std::array<int, 8> ramp_levels(int steps, int alpha0, int alpha1) {
-    std::array<int, 8> levels{alpha0, alpha1};
-    for (int i = 2; i < steps; ++i)
-        levels[static_cast<std::size_t>(i)] = ((steps - i) * alpha0 + (i - 1) * alpha1 + (steps - 2) / 2) / (steps - 1);
-    return levels;
-}
-
 // The best ramp so far of a block, and what its later variants need to know.
 struct Candidate {
     AlphaContext* alpha = nullptr;
     const Variant* variant = nullptr;
     int alpha0 = 0;
     int alpha1 = 0;
+    std::uint64_t codes = 0; ///< of the samples that the variant fits
     double error = std::numeric_limits<double>::infinity();
     bool zero = false; ///< some sample is 0.0
     bool one = false;  ///< some sample is 1.0
 };
 
-// One bin takes all, every variant's ends are equal, and the first variant wins.
+// One bin takes all, every variant's ends are equal, and the first variant wins. The mean is the sample itself: sixteen
+// floats add up without rounding in double precision.
 void solve_flat(AlphaContext& alpha) {
-    double sum = 0;
-    for (const float sample : samples_of(alpha))
-        sum += static_cast<double>(sample);
-    const double mean = sum / alpha.count;
-    const double end = mean + (static_cast<double>(alpha.samples[0]) - mean);
+    const double sample = static_cast<double>(alpha.samples[0]);
     alpha.steps = variants[0].steps;
-    alpha.alpha0 = alpha.alpha1 = std::clamp(static_cast<int>(std::floor(end * 255.0 + 0.5)), 0, 255);
-    alpha.codes.fill(0);
+    alpha.alpha0 = alpha.alpha1 = std::clamp(static_cast<int>(sample * 255.0 + 0.5), 0, 255);
+    alpha.codes = 0;
 }
 
-// Each sample's code is that of the nearest level, of equally near ones the lowest.
+bool holds(const AlphaContext& alpha, float value) {
+    int found = 0;
+    for (const float sample : alpha.samples)
+        found |= sample == value ? 1 : 0;
+    return found != 0;
+}
+
+bool is_flat(const AlphaContext& alpha) {
+    int different = 0;
+    for (const float sample : alpha.samples)
+        different |= sample != alpha.samples[0] ? 1 : 0;
+    return different == 0;
+}
+
 void take(const Candidate& winner) {
     AlphaContext& alpha = *winner.alpha;
-    alpha.steps = winner.variant->steps;
+    const Variant& variant = *winner.variant;
+    alpha.steps = variant.steps;
     alpha.alpha0 = winner.alpha0;
     alpha.alpha1 = winner.alpha1;
-    const auto levels = ramp_levels(alpha.steps, alpha.alpha0, alpha.alpha1);
-    std::array<double, 16> values;
-    std::array<double, 16> least;
-    std::array<std::int64_t, 16> codes{}; // as wide as the distances, so that both select in the same registers
-    for (std::size_t i = 0; i < 16; ++i) {
-        values[i] = static_cast<double>(alpha.samples[i]) * 255.0;
-        least[i] = std::abs(values[i] - levels[0]);
-    }
-    for (std::size_t level = 1; level < static_cast<std::size_t>(alpha.steps); ++level)
-        for (std::size_t i = 0; i < 16; ++i) {
-            const double distance = std::abs(values[i] - levels[level]);
-            const bool nearer = distance < least[i];
-            codes[i] = nearer ? static_cast<std::int64_t>(level) : codes[i];
-            least[i] = nearer ? distance : least[i];
-        }
-    for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i) {
-        const int fixed = fixed_code(*winner.variant, alpha.samples[i]);
-        alpha.codes[i] = static_cast<std::uint8_t>(fixed < 0 ? codes[i] : fixed);
+    alpha.codes = winner.codes;
+    if (!variant.fixed_zero && !variant.fixed_one)
+        return;
+    alpha.codes = 0;
+    std::uint64_t fitted = winner.codes;
+    for (int i = 0; i < alpha.count; ++i) {
+        const int fixed = fixed_code(variant, alpha.samples[static_cast<std::size_t>(i)]);
+        const std::uint64_t code = fixed < 0 ? fitted & 7 : static_cast<std::uint64_t>(fixed);
+        fitted >>= fixed < 0 ? 3 : 0;
+        alpha.codes |= code << (3 * i);
     }
 }
 
@@ -93,18 +85,10 @@ public:
 
     void add(Candidate& block, const Variant& variant) {
         const std::size_t lane = used_++;
-        std::size_t count = 0;
-        for (const float sample : samples_of(*block.alpha))
-            if (fixed_code(variant, sample) < 0)
-                batch_.samples[count++][lane] = static_cast<double>(sample);
         lanes_[lane] = {&block, &variant};
-        // A set without samples has error 0; its lane is given a sample to work on, and fits it without error.
-        if (count == 0)
-            batch_.samples[count++][lane] = 0;
-        for (std::size_t i = count; i < 16; ++i)
-            batch_.samples[i][lane] = batch_.samples[0][lane];
-        batch_.count[lane] = static_cast<double>(count);
         batch_.steps[lane] = variant.steps;
+        const bool fixes = variant.fixed_zero || variant.fixed_one;
+        batch_.count[lane] = fixes ? add_fitted(*block.alpha, variant, lane) : add_all(*block.alpha, lane);
         if (used_ == ramp_lanes)
             run();
     }
@@ -113,7 +97,7 @@ public:
         if (used_ == 0)
             return;
         for (std::size_t lane = used_; lane < ramp_lanes; ++lane) {
-            for (RampLane& samples : batch_.samples)
+            for (auto& samples : batch_.samples)
                 samples[lane] = samples[0];
             batch_.count[lane] = batch_.count[0];
             batch_.steps[lane] = batch_.steps[0];
@@ -131,6 +115,26 @@ private:
         const Variant* variant;
     };
 
+    // These put a set of samples into a lane and return their number.
+    int add_all(const AlphaContext& alpha, std::size_t lane) {
+        for (std::size_t i = 0; i < 16; ++i)
+            batch_.samples[i][lane] = alpha.samples[i];
+        return alpha.count;
+    }
+
+    int add_fitted(const AlphaContext& alpha, const Variant& variant, std::size_t lane) {
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i)
+            if (fixed_code(variant, alpha.samples[i]) < 0)
+                batch_.samples[count++][lane] = alpha.samples[i];
+        // A set without samples has error 0, as has one sample at a byte.
+        if (count == 0)
+            batch_.samples[count++][lane] = 0;
+        for (std::size_t i = count; i < 16; ++i)
+            batch_.samples[i][lane] = batch_.samples[0][lane];
+        return static_cast<int>(count);
+    }
+
     void offer(std::size_t lane, const RampBatchResult& result) {
         Candidate& block = *lanes_[lane].block;
         if (result.error[lane] >= block.error)
@@ -138,6 +142,7 @@ private:
         block.variant = lanes_[lane].variant;
         block.alpha0 = static_cast<int>(result.alpha0[lane]);
         block.alpha1 = static_cast<int>(result.alpha1[lane]);
+        block.codes = result.codes[lane];
         block.error = result.error[lane];
         if (result.error[lane] <= result.least_error[lane])
             block.error = 0; // samples at fixed codes have none to save, so no later variant does better
@@ -161,15 +166,15 @@ void solve_alpha(std::span<AlphaContext> blocks, const RampBatchKernel& kernel) 
     std::size_t varied = 0;
     FitQueue queue(kernel);
     for (AlphaContext& alpha : blocks) {
-        const auto samples = samples_of(alpha);
-        if (std::all_of(samples.begin(), samples.end(), [&](float sample) { return sample == samples[0]; })) {
+        std::fill(alpha.samples.begin() + alpha.count, alpha.samples.end(), alpha.samples[0]);
+        if (is_flat(alpha)) {
             solve_flat(alpha);
             continue;
         }
         Candidate& block = candidates[varied++];
         block.alpha = &alpha;
-        block.zero = std::find(samples.begin(), samples.end(), 0.0f) != samples.end();
-        block.one = std::find(samples.begin(), samples.end(), 1.0f) != samples.end();
+        block.zero = holds(alpha, 0.0f);
+        block.one = holds(alpha, 1.0f);
         queue.add(block, variants[0]);
     }
     queue.run();

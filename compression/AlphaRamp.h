@@ -11,12 +11,12 @@ namespace compression {
 
 /// The samples of one DXT5 alpha block and what the solver finds for them.
 struct AlphaContext {
-    int count = 0;                        ///< samples, 0 to 16
-    std::array<float, 16> samples{};      ///< 0.0 to 1.0
-    int steps = 8;                        ///< result: levels of the ramp, 8, or 6 with fixed 0 and 255
-    int alpha0 = 0;                       ///< result: byte of code 0
-    int alpha1 = 0;                       ///< result: byte of code 1
-    std::array<std::uint8_t, 16> codes{}; ///< result: per sample
+    int count = 0;                   ///< samples, 0 to 16
+    std::array<float, 16> samples{}; ///< 0.0 to 1.0; the solver makes spare ones repeat the first
+    int steps = 8;                   ///< result: levels of the ramp, 8, or 6 with fixed 0 and 255
+    int alpha0 = 0;                  ///< result: byte of code 0
+    int alpha1 = 0;                  ///< result: byte of code 1
+    std::uint64_t codes = 0;         ///< result: 3 bits a sample, the first lowest
 };
 
 /// Blocks that are best solved in one call: enough that all lanes are busy.

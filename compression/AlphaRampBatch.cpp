@@ -27,6 +27,7 @@ constexpr int round_limit = 64;
 typedef double Doubles __attribute__((vector_size(32)));
 typedef std::int64_t Longs __attribute__((vector_size(32)));
 typedef std::int32_t Ints __attribute__((vector_size(16)));
+typedef float Floats __attribute__((vector_size(16)));
 
 using Values = std::array<Doubles, 16>;
 
@@ -34,6 +35,12 @@ COMPRESSION_INLINE Doubles load(const RampLane& from) {
     Doubles v;
     std::memcpy(&v, from.data(), sizeof(v));
     return v;
+}
+
+COMPRESSION_INLINE Doubles load(const std::array<float, ramp_lanes>& from) {
+    Floats v;
+    std::memcpy(&v, from.data(), sizeof(v));
+    return __builtin_convertvector(v, Doubles);
 }
 
 COMPRESSION_INLINE void store(Doubles v, RampLane& to) {
@@ -269,13 +276,19 @@ COMPRESSION_INLINE void measure(const Fit4& fit, const RampBatch& batch, RampBat
     const std::array<Doubles, 8> levels = ramp_levels(fit.last, alpha0, alpha1);
     Doubles error{};
     Doubles least_error{};
+    Longs codes{};
     for (std::size_t i = 0; i < 16; ++i) {
         const Longs used = fit.count > static_cast<double>(i);
         const Doubles value = load(batch.samples[i]) * 255.0;
         Doubles least = magnitude(value - levels[0]);
-        for (std::size_t level = 1; level < 8; ++level)
-            least = smaller(least, magnitude(value - levels[level]));
+        Longs code{};
+        for (std::size_t level = 1; level < 8; ++level) {
+            const Doubles distance = magnitude(value - levels[level]);
+            code = distance < least ? Longs{} + static_cast<std::int64_t>(level) : code;
+            least = smaller(least, distance);
+        }
         error += keep(used, least * least);
+        codes |= (code & used) << static_cast<std::int64_t>(3 * i);
         const Doubles fraction = value - ((value + to_whole) - to_whole);
         least_error += keep(used, fraction * fraction);
     }
@@ -283,6 +296,7 @@ COMPRESSION_INLINE void measure(const Fit4& fit, const RampBatch& batch, RampBat
     store(alpha1, result.alpha1);
     store(error, result.error);
     store(least_error, result.least_error);
+    std::memcpy(result.codes.data(), &codes, sizeof(codes));
 }
 
 COMPRESSION_INLINE void fit_lanes(const RampBatch& batch, RampBatchResult& result) {

@@ -207,10 +207,12 @@ void take(AlphaContext& alpha, const Variant& variant, const AlphaRamp& ramp) {
     alpha.steps = variant.steps;
     alpha.alpha0 = ramp.alpha0;
     alpha.alpha1 = ramp.alpha1;
+    alpha.codes = 0;
     std::size_t next = 0;
     for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i) {
         const int fixed = fixed_code(variant, alpha.samples[i]);
-        alpha.codes[i] = fixed < 0 ? ramp.codes[next++] : static_cast<std::uint8_t>(fixed);
+        const int code = fixed < 0 ? ramp.codes[next++] : fixed;
+        alpha.codes |= static_cast<std::uint64_t>(code) << (3 * i);
     }
 }
 
