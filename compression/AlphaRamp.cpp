@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <limits>
 
 namespace compression {
@@ -31,6 +32,7 @@ struct Candidate {
     int alpha1 = 0;
     std::uint64_t codes = 0; ///< of the samples that the variant fits
     double error = std::numeric_limits<double>::infinity();
+    // Of all samples, from the first variant.
     bool zero = false; ///< some sample is 0.0
     bool one = false;  ///< some sample is 1.0
 };
@@ -44,18 +46,8 @@ void solve_flat(AlphaContext& alpha) {
     alpha.codes = 0;
 }
 
-bool holds(const AlphaContext& alpha, float value) {
-    int found = 0;
-    for (const float sample : alpha.samples)
-        found |= sample == value ? 1 : 0;
-    return found != 0;
-}
-
 bool is_flat(const AlphaContext& alpha) {
-    int different = 0;
-    for (const float sample : alpha.samples)
-        different |= sample != alpha.samples[0] ? 1 : 0;
-    return different == 0;
+    return std::memcmp(&alpha.samples[0], &alpha.samples[1], sizeof(float) * 15) == 0;
 }
 
 void take(const Candidate& winner) {
@@ -137,6 +129,10 @@ private:
 
     void offer(std::size_t lane, const RampBatchResult& result) {
         Candidate& block = *lanes_[lane].block;
+        if (block.variant == nullptr) {
+            block.zero = result.smallest[lane] == 0.0;
+            block.one = result.largest[lane] == 1.0;
+        }
         if (result.error[lane] >= block.error)
             return;
         block.variant = lanes_[lane].variant;
@@ -173,8 +169,6 @@ void solve_alpha(std::span<AlphaContext> blocks, const RampBatchKernel& kernel) 
         }
         Candidate& block = candidates[varied++];
         block.alpha = &alpha;
-        block.zero = holds(alpha, 0.0f);
-        block.one = holds(alpha, 1.0f);
         queue.add(block, variants[0]);
     }
     queue.run();

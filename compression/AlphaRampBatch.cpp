@@ -105,7 +105,7 @@ struct Sums4 {
     Doubles t, tt, tx, v;
 };
 
-COMPRESSION_INLINE Fit4 start(const RampBatch& batch) {
+COMPRESSION_INLINE Fit4 start(const RampBatch& batch, RampBatchResult& result) {
     Fit4 fit;
     fit.count = load(batch.count);
     fit.last = load(batch.steps) - 1.0;
@@ -118,6 +118,8 @@ COMPRESSION_INLINE Fit4 start(const RampBatch& batch) {
         smallest = smaller(smallest, sample);
         largest = larger(largest, sample);
     }
+    store(smallest, result.smallest);
+    store(largest, result.largest);
     fit.mean = sum / fit.count;
     for (std::size_t i = 0; i < 16; ++i)
         fit.values[i] = load(batch.samples[i]) - fit.mean;
@@ -300,7 +302,7 @@ COMPRESSION_INLINE void measure(const Fit4& fit, const RampBatch& batch, RampBat
 }
 
 COMPRESSION_INLINE void fit_lanes(const RampBatch& batch, RampBatchResult& result) {
-    Fit4 fit = start(batch);
+    Fit4 fit = start(batch, result);
     run(fit);
     measure(fit, batch, result);
 }

@@ -26,6 +26,8 @@ struct RampBatchResult {
     alignas(32) RampLane alpha1;      ///< byte of code 1
     alignas(32) RampLane error;       ///< sum of squared differences in bytes, each sample at its nearest level
     alignas(32) RampLane least_error; ///< the same if every byte were a level: no ramp has less
+    alignas(32) RampLane smallest;    ///< sample
+    alignas(32) RampLane largest;
     /// The nearest levels, of equally near ones the lowest: 3 bits a sample, the first lowest, 0 for spare samples.
     alignas(32) std::array<std::uint64_t, ramp_lanes> codes;
 };

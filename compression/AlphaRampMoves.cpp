@@ -1,25 +1,35 @@
 #include "compression/AlphaRampMoves.h"
 
+#include <algorithm>
+
 namespace compression {
 namespace {
 
-struct BinCounts {
-    std::array<int, 8> samples{};
-    int in_use = 0;
+// The samples of one bin: their number and the places of the largest and the smallest, the first of equal ones.
+struct Bin {
+    int samples = 0;
+    std::size_t largest = 0;
+    std::size_t smallest = 0;
 };
+
+std::array<Bin, 8> collect_bins(const BinnedRamp& binned) {
+    std::array<Bin, 8> bins;
+    for (std::size_t i = 0; i < binned.count; ++i) {
+        Bin& bin = bins[binned.bins[i]];
+        if (bin.samples == 0 || binned.values[i] > binned.values[bin.largest])
+            bin.largest = i;
+        if (bin.samples == 0 || binned.values[i] < binned.values[bin.smallest])
+            bin.smallest = i;
+        ++bin.samples;
+    }
+    return bins;
+}
 
 struct BinSums {
     int t = 0;     // of the bins
     int tt = 0;    // of their squares
     double tx = 0; // of bin times value, in the order of the samples
 };
-
-BinCounts count_bins(const BinnedRamp& binned) {
-    BinCounts counts;
-    for (std::size_t i = 0; i < binned.count; ++i)
-        counts.in_use += counts.samples[binned.bins[i]]++ == 0 ? 1 : 0;
-    return counts;
-}
 
 BinSums sum_bins(const BinnedRamp& binned) {
     BinSums sums;
@@ -42,16 +52,6 @@ bool may_improve(const BinSums& moved, const BinnedRamp& binned) {
     return -(moved.tx * moved.tx) < (binned.error + ramp_move_margin) * spread(moved, binned.count);
 }
 
-// The bin's largest sample for direction 1, its smallest for -1; the first of equal ones.
-std::size_t outermost(const BinnedRamp& binned, int bin, int direction) {
-    std::size_t found = binned.count;
-    for (std::size_t i = 0; i < binned.count; ++i)
-        if (binned.bins[i] == bin &&
-            (found == binned.count || direction * binned.values[i] > direction * binned.values[found]))
-            found = i;
-    return found;
-}
-
 // Takes the sample's new bin and its ramp if the error is lower.
 bool try_move(BinnedRamp& binned, std::size_t sample, int bin) {
     const std::uint8_t before = binned.bins[sample];
@@ -71,16 +71,17 @@ bool try_move(BinnedRamp& binned, std::size_t sample, int bin) {
 } // namespace
 
 bool move_one_sample(BinnedRamp& binned) {
-    const BinCounts counts = count_bins(binned);
+    const std::array<Bin, 8> bins = collect_bins(binned);
+    const auto in_use = std::count_if(bins.begin(), bins.end(), [](const Bin& bin) { return bin.samples > 0; });
     const BinSums sums = sum_bins(binned);
     for (const int direction : {1, -1})
-        for (int bin = 0; bin < binned.steps; ++bin) {
-            const int next = bin + direction;
-            const int in_bin = counts.samples[static_cast<std::size_t>(bin)];
-            if (in_bin == 0 || next < 0 || next >= binned.steps || (in_bin == 1 && counts.in_use <= 2))
+        for (int from = 0; from < binned.steps; ++from) {
+            const Bin& bin = bins[static_cast<std::size_t>(from)];
+            const int next = from + direction;
+            if (bin.samples == 0 || next < 0 || next >= binned.steps || (bin.samples == 1 && in_use <= 2))
                 continue;
-            const std::size_t sample = outermost(binned, bin, direction);
-            const BinSums moved{sums.t + direction, sums.tt + next * next - bin * bin,
+            const std::size_t sample = direction > 0 ? bin.largest : bin.smallest;
+            const BinSums moved{sums.t + direction, sums.tt + next * next - from * from,
                                 sums.tx + direction * binned.values[sample]};
             if (may_improve(moved, binned) && try_move(binned, sample, next))
                 return true;
