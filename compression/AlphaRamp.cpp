@@ -1,6 +1,7 @@
 #include "compression/AlphaRamp.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 #include <limits>
@@ -42,12 +43,14 @@ struct Candidate {
 void solve_flat(AlphaContext& alpha) {
     const double sample = static_cast<double>(alpha.samples[0]);
     alpha.steps = variants[0].steps;
-    alpha.alpha0 = alpha.alpha1 = std::clamp(static_cast<int>(sample * 255.0 + 0.5), 0, 255);
+    alpha.alpha0 = alpha.alpha1 = static_cast<int>(std::max(0.0, std::min(sample * 255.0 + 0.5, 255.0)));
     alpha.codes = 0;
 }
 
+// Bit for bit: 0 beside -0 goes the long way.
 bool is_flat(const AlphaContext& alpha) {
-    return std::memcmp(&alpha.samples[0], &alpha.samples[1], sizeof(float) * 15) == 0;
+    const auto bits = std::bit_cast<std::array<std::uint32_t, 16>>(alpha.samples);
+    return std::memcmp(&bits[0], &bits[1], sizeof(std::uint32_t) * 15) == 0;
 }
 
 void take(const Candidate& winner) {
@@ -130,8 +133,8 @@ private:
     void offer(std::size_t lane, const RampBatchResult& result) {
         Candidate& block = *lanes_[lane].block;
         if (block.variant == nullptr) {
-            block.zero = result.smallest[lane] == 0.0;
-            block.one = result.largest[lane] == 1.0;
+            block.zero = result.zero[lane] != 0;
+            block.one = result.one[lane] != 0;
         }
         if (result.error[lane] >= block.error)
             return;
@@ -144,8 +147,8 @@ private:
             block.error = 0; // samples at fixed codes have none to save, so no later variant does better
     }
 
-    const RampBatchKernel& kernel_;
     RampBatch batch_;
+    const RampBatchKernel& kernel_;
     std::array<Lane, ramp_lanes> lanes_;
     std::size_t used_ = 0;
 };

@@ -89,7 +89,7 @@ COMPRESSION_INLINE Doubles whole(Doubles v) {
 }
 
 COMPRESSION_INLINE Doubles to_byte(Doubles v) {
-    return whole(smaller(larger(v * 255.0 + 0.5, Doubles{}), Doubles{} + 255.0));
+    return whole(smaller(larger(Doubles{}, v * 255.0 + 0.5), Doubles{} + 255.0));
 }
 
 struct Fit4 {
@@ -109,17 +109,21 @@ COMPRESSION_INLINE Fit4 start(const RampBatch& batch, RampBatchResult& result) {
     Fit4 fit;
     fit.count = load(batch.count);
     fit.last = load(batch.steps) - 1.0;
+    Longs zero{};
+    Longs one{};
     Doubles sum{};
     Doubles smallest = load(batch.samples[0]);
     Doubles largest = smallest;
     for (std::size_t i = 0; i < 16; ++i) {
         const Doubles sample = load(batch.samples[i]);
         sum += keep(fit.count > static_cast<double>(i), sample);
+        zero |= sample == 0.0;
+        one |= sample == 1.0;
         smallest = smaller(smallest, sample);
         largest = larger(largest, sample);
     }
-    store(smallest, result.smallest);
-    store(largest, result.largest);
+    std::memcpy(result.zero.data(), &zero, sizeof(zero));
+    std::memcpy(result.one.data(), &one, sizeof(one));
     fit.mean = sum / fit.count;
     for (std::size_t i = 0; i < 16; ++i)
         fit.values[i] = load(batch.samples[i]) - fit.mean;
@@ -199,7 +203,7 @@ COMPRESSION_INLINE Doubles fit_ramps(Fit4& fit, const Sums4& sums, Longs live) {
 
 // The lanes in which some sample may gain by moving to a neighbouring bin.
 COMPRESSION_INLINE Longs movable(const Fit4& fit, const Values& bins, const Sums4& sums, Doubles error) {
-    const Doubles limit = error + ramp_move_margin;
+    const Doubles limit = error + ramp_move_margin * (1.0 + sums.tx * sums.tx / sums.v);
     const Doubles up = limit * (sums.tt + 1.0 - (sums.t + 1.0) * (sums.t + 1.0) / fit.count);
     const Doubles down = limit * (sums.tt + 1.0 - (sums.t - 1.0) * (sums.t - 1.0) / fit.count);
     Longs found{};

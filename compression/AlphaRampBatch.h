@@ -26,8 +26,8 @@ struct RampBatchResult {
     alignas(32) RampLane alpha1;      ///< byte of code 1
     alignas(32) RampLane error;       ///< sum of squared differences in bytes, each sample at its nearest level
     alignas(32) RampLane least_error; ///< the same if every byte were a level: no ramp has less
-    alignas(32) RampLane smallest;    ///< sample
-    alignas(32) RampLane largest;
+    alignas(32) std::array<std::int64_t, ramp_lanes> zero; ///< not 0: some sample is 0.0
+    alignas(32) std::array<std::int64_t, ramp_lanes> one;  ///< not 0: some sample is 1.0
     /// The nearest levels, of equally near ones the lowest: 3 bits a sample, the first lowest, 0 for spare samples.
     alignas(32) std::array<std::uint64_t, ramp_lanes> codes;
 };

@@ -47,11 +47,6 @@ double spread(const BinSums& sums, std::size_t count) {
     return sums.tt - t * t / static_cast<double>(count);
 }
 
-// False where the move cannot lower the error: no ramp does better than the free one.
-bool may_improve(const BinSums& moved, const BinnedRamp& binned) {
-    return -(moved.tx * moved.tx) < (binned.error + ramp_move_margin) * spread(moved, binned.count);
-}
-
 // Takes the sample's new bin and its ramp if the error is lower.
 bool try_move(BinnedRamp& binned, std::size_t sample, int bin) {
     const std::uint8_t before = binned.bins[sample];
@@ -74,6 +69,7 @@ bool move_one_sample(BinnedRamp& binned) {
     const std::array<Bin, 8> bins = collect_bins(binned);
     const auto in_use = std::count_if(bins.begin(), bins.end(), [](const Bin& bin) { return bin.samples > 0; });
     const BinSums sums = sum_bins(binned);
+    const double limit = binned.error + ramp_move_margin * (1 + sums.tx * sums.tx / spread(sums, binned.count));
     for (const int direction : {1, -1})
         for (int from = 0; from < binned.steps; ++from) {
             const Bin& bin = bins[static_cast<std::size_t>(from)];
@@ -83,7 +79,9 @@ bool move_one_sample(BinnedRamp& binned) {
             const std::size_t sample = direction > 0 ? bin.largest : bin.smallest;
             const BinSums moved{sums.t + direction, sums.tt + next * next - from * from,
                                 sums.tx + direction * binned.values[sample]};
-            if (may_improve(moved, binned) && try_move(binned, sample, next))
+            // No ramp does better than the free one.
+            const bool may_improve = -(moved.tx * moved.tx) < limit * spread(moved, binned.count);
+            if (may_improve && try_move(binned, sample, next))
                 return true;
         }
     return false;

@@ -8,8 +8,8 @@
 
 namespace compression {
 
-/// What a move must gain on paper to be worth its exact evaluation: far above the rounding of any sum over 16 samples,
-/// far below what matters otherwise.
+/// What a move must gain on paper to be worth its exact evaluation, times 1 + tx tx / v: far above the rounding of any
+/// sum over 16 samples, far below what matters otherwise.
 constexpr double ramp_move_margin = 1e-9;
 
 /// A ramp of `steps` levels fitted to samples that each have their bin, 0 to `steps` - 1.

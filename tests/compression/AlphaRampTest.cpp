@@ -48,6 +48,7 @@ std::vector<int> ramp(std::mt19937& random, int count) {
     const int down = static_cast<int>(random() % 33) - 16;
     const int grain = static_cast<int>(random() % 3);
     std::vector<int> bytes;
+    bytes.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         bytes.push_back(
             std::clamp(start + right * (i % 4) + down * (i / 4) + static_cast<int>(random()) % (grain + 1), 0, 255));
@@ -111,15 +112,20 @@ TEST(AlphaRamp, is_the_plain_one_for_each_kind_and_count) {
         }
 }
 
-TEST(AlphaRamp, is_the_plain_one_off_the_grid_of_bytes) {
+// Output scales and biases also take alpha beyond 0 and 1.
+TEST(AlphaRamp, is_the_plain_one_off_the_grid_of_bytes_and_beyond_it) {
     std::mt19937 random(6);
     std::uniform_real_distribution<float> unit(0, 1);
+    constexpr std::array scales{0.05f, 1.0f, 1.5f, 100.0f};
     for (int round = 0; round < 100; ++round) {
         std::vector<AlphaContext> alphas(1 + random() % alpha_batch);
         for (AlphaContext& alpha : alphas) {
             alpha.count = 1 + static_cast<int>(random() % 16);
-            std::generate_n(alpha.samples.begin(), alpha.count,
-                            [&, scale = unit(random)] { return scale * unit(random); });
+            const float scale = scales[random() % scales.size()];
+            const float bias = scale > 1 ? -0.3f * scale : 0.0f;
+            std::generate_n(alpha.samples.begin(), alpha.count, [&] {
+                return random() % 8 == 0 ? static_cast<float>(random() % 2) : scale * unit(random) + bias;
+            });
         }
         expect_plain_results(alphas, "floats");
     }
