@@ -1,7 +1,8 @@
 #include "compression/BlockCompressor.h"
 
-#include "compression/AlphaRamp.h"
+#include "compression/AlphaHalves.h"
 #include "compression/BlockContext.h"
+#include "compression/BlockWindow.h"
 #include "compression/ColourLattice.h"
 #include "compression/ColourSolver.h"
 #include "compression/FastFitBatch.h"
@@ -17,27 +18,9 @@ namespace {
 /// Per cell of a block, row by row: the place of its pixel among the gathered ones, or -1.
 using CellMap = std::array<int, 16>;
 
-// The part of a level that one block covers.
-struct Window {
-    const FloatImage& level;
-    std::int32_t x;
-    std::int32_t y;
-
-    // Null outside the level.
-    const float* pixel(int cell) const {
-        const std::int32_t column = x + cell % 4;
-        const std::int32_t row = y + cell / 4;
-        if (column >= level.width || row >= level.height)
-            return nullptr;
-        return &level.pixels[(static_cast<std::size_t>(row) * static_cast<std::size_t>(level.width) +
-                              static_cast<std::size_t>(column)) *
-                             4];
-    }
-};
-
 // Takes the place of every cell from the nearest cell of the level in its row or column, so that the cells beyond an
 // edge repeat it. Only where a level is narrower than a block and has no ragged edge beside that.
-void repeat_edges(const Window& window, CellMap& cells) {
+void repeat_edges(const BlockWindow& window, CellMap& cells) {
     const auto whole = [](std::int32_t size) { return size == 1 || size == 2 || size >= 4; };
     const FloatImage& level = window.level;
     if (!whole(level.width) || !whole(level.height) || std::min(level.width, level.height) >= 4)
@@ -51,7 +34,7 @@ void repeat_edges(const Window& window, CellMap& cells) {
 }
 
 // Gathers the window's pixels; true if format 1 dropped one for its alpha.
-bool gather(const Window& window, const CompressionOptions& options, BlockContext& block, CellMap& cells) {
+bool gather(const BlockWindow& window, const CompressionOptions& options, BlockContext& block, CellMap& cells) {
     cells.fill(-1);
     bool dropped = false;
     for (int cell = 0; cell < 16; ++cell) {
@@ -122,70 +105,8 @@ ColourHalf colour_half(const BlockContext& block, const CellMap& cells) {
     return half;
 }
 
-void write_dxt3_alpha(const Window& window, std::uint8_t* output) {
-    for (int row = 0; row < 4; ++row) {
-        int bits = 0;
-        for (int column = 3; column >= 0; --column) {
-            const float* pixel = window.pixel(row * 4 + column);
-            bits = bits << 4 | (pixel == nullptr ? 0 : std::clamp(round_half_up(pixel[3] * 15.0f), 0, 15));
-        }
-        put_16(output + 2 * row, bits);
-    }
-}
-
-// What code `i` becomes when the ends change places.
-int mirrored_code(int code, int steps) {
-    if (code < 2)
-        return 1 - code;
-    if (steps == 8)
-        return 9 - code;
-    return code < 6 ? 7 - code : code;
-}
-
-void write_dxt5_alpha(const Window& window, std::uint8_t* output) {
-    CellMap cells{};
-    AlphaContext alpha;
-    for (int cell = 0; cell < 16; ++cell) {
-        const float* pixel = window.pixel(cell);
-        cells[static_cast<std::size_t>(cell)] = pixel == nullptr ? -1 : alpha.count;
-        if (pixel != nullptr)
-            alpha.samples[static_cast<std::size_t>(alpha.count++)] = pixel[3];
-    }
-    solve_alpha(alpha); // a block covers at least one pixel of its level
-    if (alpha.alpha0 == alpha.alpha1) {
-        ++alpha.alpha1;
-        alpha.codes.fill(0);
-        alpha.steps = 6;
-    }
-    // A decoder reads alpha0 > alpha1 as eight steps.
-    const bool swapped = (alpha.alpha1 < alpha.alpha0) == (alpha.steps == 6);
-    if (swapped)
-        std::swap(alpha.alpha0, alpha.alpha1);
-    output[0] = static_cast<std::uint8_t>(std::clamp(alpha.alpha0, 0, 255));
-    output[1] = static_cast<std::uint8_t>(std::clamp(alpha.alpha1, 0, 255));
-    std::uint64_t word = 0;
-    for (std::size_t cell = 16; cell-- > 0;) {
-        int code = 0;
-        if (cells[cell] >= 0) {
-            code = alpha.codes[static_cast<std::size_t>(cells[cell])];
-            if (swapped)
-                code = mirrored_code(code, alpha.steps);
-        }
-        word = word << 3 | static_cast<unsigned>(code);
-    }
-    for (int byte = 0; byte < 6; ++byte)
-        output[2 + byte] = static_cast<std::uint8_t>(word >> (8 * byte) & 255);
-}
-
-// Returns the bytes written, 8 or 0.
-int write_alpha_half(const Window& window, std::int32_t format, std::uint8_t* output) {
-    if (format != FORMAT_DXT3 && format != FORMAT_DXT5)
-        return 0;
-    (format == FORMAT_DXT3 ? write_dxt3_alpha : write_dxt5_alpha)(window, output);
-    return 8;
-}
-
-void encode_block(const Window& window, const CompressionOptions& options, std::uint8_t* output) {
+// The colour half of a block.
+void encode_block(const BlockWindow& window, const CompressionOptions& options, std::uint8_t* output) {
     BlockContext block;
     block.format = options.g_texture_format;
     block.quality = options.g_quality;
@@ -194,16 +115,20 @@ void encode_block(const Window& window, const CompressionOptions& options, std::
     CellMap cells{};
     const bool dropped = gather(window, options, block, cells);
     block.colour_mode = colour_mode(block.format, dropped);
-    output += write_alpha_half(window, block.format, output);
     if (block.count > 0)
         solve_colours(block);
     repeat_edges(window, cells);
     write_colour_half(colour_half(block, cells), block.format, output);
 }
 
-// Whole blocks side by side at the fastest quality. Not for one-bit alpha, whose blocks may lack pixels.
-void encode_fast_batch(const Window& first, std::size_t blocks, const CompressionOptions& options, FastBatch& batch,
-                       std::uint8_t* output) {
+int bytes_of_block(std::int32_t format) {
+    return format == FORMAT_DXT1 || format == FORMAT_DXT1_ALPHA ? 8 : 16;
+}
+
+// The colour halves of whole blocks side by side, at the fastest quality. Not for one-bit alpha, whose blocks may lack
+// pixels.
+void encode_fast_batch(const BlockWindow& first, std::size_t blocks, const CompressionOptions& options,
+                       FastBatch& batch, std::uint8_t* output) {
     const std::size_t pitch = static_cast<std::size_t>(first.level.width) * 4;
     const float* origin = first.pixel(0);
     for (std::size_t lane = 0; lane < batch_lanes; ++lane)
@@ -215,11 +140,9 @@ void encode_fast_batch(const Window& first, std::size_t blocks, const Compressio
     FastBatchResult result;
     fast_batch_kernels().back().solve(batch, result);
     for (std::size_t lane = 0; lane < blocks; ++lane) {
-        const Window window{first.level, first.x + 4 * static_cast<std::int32_t>(lane), first.y};
-        output += write_alpha_half(window, options.g_texture_format, output);
         write_colour_half({result.word0[lane], result.word1[lane], result.colour_count[lane], result.indices[lane], 0},
                           options.g_texture_format, output);
-        output += 8;
+        output += bytes_of_block(options.g_texture_format);
     }
 }
 
@@ -227,24 +150,28 @@ void encode_fast_batch(const Window& first, std::size_t blocks, const Compressio
 
 void encode_blocks(const FloatImage& level, const CompressionOptions& options, std::uint8_t* output) {
     const std::int32_t format = options.g_texture_format;
-    const int block_bytes = format == FORMAT_DXT1 || format == FORMAT_DXT1_ALPHA ? 8 : 16;
+    const int block_bytes = bytes_of_block(format);
     FastBatch batch;
     batch.weights = options.colour_weights;
     batch.may_choose = batch.offers_black = format == FORMAT_DXT1;
     const bool batches = options.g_quality <= 68 && format != FORMAT_DXT1_ALPHA;
-    for (std::int32_t y = 0; y < level.height; y += 4)
+    for (std::int32_t y = 0; y < level.height; y += 4) {
+        if (block_bytes == 16)
+            write_alpha_halves(level, y, format, output);
         for (std::int32_t x = 0; x < level.width;) {
-            const Window window{level, x, y};
+            const BlockWindow window{level, x, y};
             const std::int32_t whole =
                 batches && level.height - y >= 4 ? std::min((level.width - x) / 4, std::int32_t{batch_lanes}) : 0;
+            std::uint8_t* const colours = output + block_bytes - 8;
             if (whole > 0)
-                encode_fast_batch(window, static_cast<std::size_t>(whole), options, batch, output);
+                encode_fast_batch(window, static_cast<std::size_t>(whole), options, batch, colours);
             else
-                encode_block(window, options, output);
+                encode_block(window, options, colours);
             const std::int32_t done = std::max(whole, 1);
             x += 4 * done;
             output += done * block_bytes;
         }
+    }
 }
 
 } // namespace compression

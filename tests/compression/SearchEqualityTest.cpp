@@ -146,26 +146,6 @@ TEST(FastFitBatch, gives_every_lane_the_plain_result) {
     }
 }
 
-TEST(AlphaRamp, is_the_plain_one) {
-    std::mt19937 random(5);
-    for (const TestBlock& block : test_blocks(150)) {
-        AlphaContext fast;
-        // Every third block has samples at 0 and 1.
-        const bool cut = random() % 3 == 0;
-        for (const auto& pixel : block.pixels) {
-            const int value = cut ? std::clamp(2 * pixel[1] - 128, 0, 255) : pixel[1];
-            fast.samples[static_cast<std::size_t>(fast.count++)] = static_cast<float>(value) / 255.0f;
-        }
-        AlphaContext plain = fast;
-        solve_alpha(fast);
-        oracle::solve_alpha(plain);
-        EXPECT_EQ(fast.alpha0, plain.alpha0) << block.kind;
-        EXPECT_EQ(fast.alpha1, plain.alpha1) << block.kind;
-        EXPECT_EQ(fast.steps, plain.steps) << block.kind;
-        EXPECT_EQ(fast.codes, plain.codes) << block.kind;
-    }
-}
-
 TEST(ExhaustiveSearch, finds_what_the_plain_walk_finds) {
     for (const TestBlock& block : test_blocks(1))
         for (const bool poor_start : {false, true}) {

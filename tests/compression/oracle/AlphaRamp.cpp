@@ -138,6 +138,13 @@ private:
     Ramp ramp_;
 };
 
+struct AlphaRamp {
+    int alpha0 = 0;
+    int alpha1 = 0;
+    double error = 0; // sum of squared differences in bytes
+    std::array<std::uint8_t, 16> codes{};
+};
+
 int to_byte(double value) {
     return std::clamp(static_cast<int>(std::floor(value * 255.0 + 0.5)), 0, 255);
 }
@@ -165,28 +172,6 @@ int fixed_code(const Variant& variant, float sample) {
     return variant.fixed_one && sample == 1.0f ? 7 : -1;
 }
 
-AlphaRamp fit_variant(const Variant& variant, const AlphaContext& alpha) {
-    std::array<float, 16> fitted{};
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i)
-        if (fixed_code(variant, alpha.samples[i]) < 0)
-            fitted[count++] = alpha.samples[i];
-    return fit_alpha_ramp(variant.steps, {fitted.data(), count});
-}
-
-void take(AlphaContext& alpha, const Variant& variant, const AlphaRamp& ramp) {
-    alpha.steps = variant.steps;
-    alpha.alpha0 = ramp.alpha0;
-    alpha.alpha1 = ramp.alpha1;
-    std::size_t next = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i) {
-        const int fixed = fixed_code(variant, alpha.samples[i]);
-        alpha.codes[i] = fixed < 0 ? ramp.codes[next++] : static_cast<std::uint8_t>(fixed);
-    }
-}
-
-} // namespace
-
 AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples) {
     AlphaRamp ramp;
     if (samples.empty())
@@ -208,6 +193,30 @@ AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples) {
     }
     return ramp;
 }
+
+AlphaRamp fit_variant(const Variant& variant, const AlphaContext& alpha) {
+    std::array<float, 16> fitted{};
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i)
+        if (fixed_code(variant, alpha.samples[i]) < 0)
+            fitted[count++] = alpha.samples[i];
+    return fit_alpha_ramp(variant.steps, {fitted.data(), count});
+}
+
+void take(AlphaContext& alpha, const Variant& variant, const AlphaRamp& ramp) {
+    alpha.steps = variant.steps;
+    alpha.alpha0 = ramp.alpha0;
+    alpha.alpha1 = ramp.alpha1;
+    alpha.codes = 0;
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(alpha.count); ++i) {
+        const int fixed = fixed_code(variant, alpha.samples[i]);
+        const int code = fixed < 0 ? ramp.codes[next++] : fixed;
+        alpha.codes |= static_cast<std::uint64_t>(code) << (3 * i);
+    }
+}
+
+} // namespace
 
 void solve_alpha(AlphaContext& alpha) {
     const std::span samples(alpha.samples.data(), static_cast<std::size_t>(alpha.count));

@@ -10,7 +10,6 @@ namespace compression::oracle {
 // forms of the same names.
 
 void solve_alpha(AlphaContext& alpha);
-AlphaRamp fit_alpha_ramp(int steps, std::span<const float> samples);
 double evaluate_palette(BlockContext& block);
 void fast_fit(BlockContext& block, int colour_count);
 LineFit fit_line(const DistinctColours& colours, const Order& order, int step_limit);
