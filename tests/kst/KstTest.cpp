@@ -170,5 +170,22 @@ TEST_F(Kst, refuses_entries_of_a_bundle_that_would_leave_the_directory) {
     expect({"bundle", "list", "no.bundle"}, 1, "", "kst: no.bundle is no bundle\n");
 }
 
+TEST_F(Kst, compiles_and_lists_scripts) {
+    folder.write("p.kvs", "main() {\n    return 1;\n}\n");
+    folder.write("bad.kvs", "main() {\n    return\n}\n");
+    const Result list = run({"script", "list", "p"});
+    EXPECT_EQ(list.exit_code, 0) << list.err;
+    EXPECT_THAT(list.out, testing::AllOf(HasSubstr("\tpush\t1\n"), HasSubstr("\treturn")));
+    expect({"script", "compile", "p.kvs"}, 0, "", "");
+    EXPECT_EQ(folder.read("p.kvx").substr(0, 4), std::string("KVX\0", 4));
+    expect({"script", "compile", "p", "-o", "q.kvx", "--debug"}, 0, "", "");
+    EXPECT_THAT(folder.read("q.kvx"), HasSubstr("p.kvs"));
+    const Result bad = run({"script", "compile", "bad"});
+    EXPECT_EQ(bad.exit_code, 1);
+    EXPECT_THAT(bad.err, testing::StartsWith("kst: bad.kvs(3):"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "bad.kvx"));
+    expect({"script", "list", "nowhere"}, 1, "", "kst: cannot open nowhere.kvs\n");
+}
+
 } // namespace
 } // namespace mosaicer

@@ -20,5 +20,6 @@ void add_xml_commands(CLI::App& app);
 void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
+void add_script_commands(CLI::App& app);
 
 } // namespace kst::tool
