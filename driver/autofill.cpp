@@ -60,6 +60,7 @@ SetTextureEntry entry_of_set(const AtlasSetDefinition& set) {
 void fill_from_directory(AtlasSetDefinition& set, TextureIndex& index) {
     const std::vector<std::string> roots = index.unique_roots();
     std::vector<std::string> directories;
+    directories.reserve(roots.size());
     for (const std::string& root : roots)
         directories.push_back(kst::find_host_path(join_path(root, set.autofill)));
     index.ensure_built();
