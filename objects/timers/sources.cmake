@@ -1,0 +1,4 @@
+set(timers_sources
+  ChildTimer.cpp
+  Timer.cpp
+  TimerManager.cpp)
