@@ -1,0 +1,4 @@
+set(math_sources
+  GQuat.cpp
+  Matrix4.cpp
+  Vector.cpp)
