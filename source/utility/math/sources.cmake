@@ -1,4 +1,1 @@
-set(math_sources
-  GQuat.cpp
-  Matrix4.cpp
-  Vector.cpp)
+set(math_sources GQuat.cpp Matrix4.cpp Polar.cpp Rotations.cpp Vector.cpp geometry.cpp)
