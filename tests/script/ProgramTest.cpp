@@ -1,40 +1,11 @@
 // Programs from source text to result: parsed, generated, verified, loaded and called.
 
-#include "script/language/CodeBuffer.h"
-#include "script/language/Parser.h"
-#include "script/language/StreamScanner.h"
-#include "script/language/Verifier.h"
-#include "script/value/DSError.h"
-#include "script/vm/ScriptVM.h"
-#include "source/utility/xml/idstring.h"
+#include "tests/script/RunSource.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-#include <string>
-#include <vector>
-
 namespace kst::script {
 namespace {
-
-/// The string of what `main` gives, or the text of the error.
-std::string result_of(const std::string& source) {
-    std::istringstream stream(source);
-    StreamScanner scanner(stream, "test");
-    Parser parser(scanner);
-    CodeBuffer code;
-    if (!parser.parse() || !parser.generate(code))
-        return parser.errors();
-    std::vector<std::uint8_t> bytes(code.code().begin(), code.code().end());
-    verify_code(bytes, "test");
-    ScriptVM program(bytes, nullptr);
-    try {
-        program.load();
-        return program.call(intern("main"), {}).to_string();
-    } catch (const DSBaseError& error) {
-        return error.what();
-    }
-}
 
 struct ProgramCase {
     const char* source;

@@ -1,0 +1,5 @@
+set(binding_sources
+  LibraryHelper.cpp
+  MemberFactory.cpp
+  MemberSet.cpp
+  NativeObjects.cpp)
