@@ -1,0 +1,11 @@
+set(runtime_sources
+  ContainersLibrary.cpp
+  MathLibrary.cpp
+  RandomSource.cpp
+  ScriptBitField.cpp
+  ScriptList.cpp
+  ScriptMap.cpp
+  ScriptTCList.cpp
+  ScriptVector.cpp
+  callbacks.cpp
+  math_functions.cpp)
