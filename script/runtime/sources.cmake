@@ -2,6 +2,9 @@ set(runtime_sources
   ArchiveScanner.cpp
   DirectoryLibrary.cpp
   PrintFunction.cpp
+  ScriptFile.cpp
+  ScriptFileSystem.cpp
   ScriptRTE.cpp
+  ScriptXMLNode.cpp
   UnionLibrary.cpp
   save_compiled_file.cpp)

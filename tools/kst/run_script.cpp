@@ -2,7 +2,9 @@
 
 #include "script/runtime/HostLibrary.h"
 #include "script/runtime/PrintFunction.h"
+#include "script/runtime/ScriptFileSystem.h"
 #include "script/runtime/ScriptRTE.h"
+#include "source/utility/filesystem/VirtualFileSystem.h"
 
 #include <iostream>
 #include <memory>
@@ -23,6 +25,7 @@ struct RunArguments {
 /// What programs can import.
 void fill(script::HostLibrary& host) {
     host.add<script::PrintFunction>("print", std::cout);
+    host.add<script::ScriptFileSystem>("files", *VirtualFileSystem::instance());
 }
 
 std::string without_extension(const std::string& path) {
