@@ -204,7 +204,7 @@ public:
     using BoundClass = T;
 };
 
-/// A T that belongs to scripts: it goes with the last value of it.
+/// A T, which must not be final, that belongs to scripts: it goes with the last value of it.
 template <typename T>
 class ScriptOwned final : public T {
 public:

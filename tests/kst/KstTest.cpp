@@ -187,5 +187,32 @@ TEST_F(Kst, compiles_and_lists_scripts) {
     expect({"script", "list", "nowhere"}, 1, "", "kst: cannot open nowhere.kvs\n");
 }
 
+TEST_F(Kst, runs_scripts) {
+    folder.write("d/p.kvs", "import print, tools.double;\n"
+                            "main(a, b) { print(\"got\", a, b); return double(21); }\n"
+                            "silent() { }\n"
+                            "fail() { inner(); }\n"
+                            "inner() { return void.x; }\n");
+    folder.write("d/tools.kvs", "double(x) { return x * 2; }\n");
+    folder.write("e/tools.kvs", "double(x) { return \"other \" + x; }\n");
+    folder.write("d/bad.kvs", "main() {\n return\n}\n");
+    expect({"script", "run", "d/p.kvs"}, 0, "got  \n42\n", "");
+    expect({"script", "run", "d/p", "--", "-x", "--root"}, 0, "got -x --root\n42\n", "");
+    expect({"script", "run", "a b", "--call", "silent"}, 1, "", "kst: Script: a b not found!\n");
+    expect({"script", "run", "--call", "silent", "d/p.kvx", "unused"}, 0, "", "");
+    expect({"script", "run", "d/p", "1", "--root", "e"}, 0, "got 1 \nother 21\n", "");
+    expect({"script", "run", "d/p", "--call", "nothing"}, 1, "", "kst: function nothing not found\n");
+    expect({"script", "run", "d/p", "--call", "fail"}, 1, "",
+           "kst: cant find member: x in type <void>\n\td/p.kvs(5)\n\td/p.kvs(4)\n");
+    expect({"script", "run", "d/bad"}, 1, "",
+           "kst: d/bad.kvs(3):syntax error\nd/bad.kvs(3):Non valid statement (token:})\n");
+    EXPECT_EQ(folder.files().size(), 4U); // mode 0 writes nothing
+    EXPECT_EQ(run({"script", "run", "d/p", "--mode", "5"}).exit_code, 2);
+    expect({"script", "run", "d/p", "--mode", "2"}, 0, "got  \n42\n", "");
+    EXPECT_THAT(folder.read("d/p.kvx"), HasSubstr("p.kvs"));
+    folder.write("d/p.kvx", folder.read("d/p.kvx").substr(0, 40));
+    expect({"script", "run", "d/p"}, 1, "", "kst: d/p.kvx: damaged compiled script: the code is cut off\n");
+}
+
 } // namespace
 } // namespace mosaicer

@@ -1,12 +1,11 @@
 #include "tools/kst/Command.h"
 
 #include "script/language/CodeBuffer.h"
-#include "script/language/CompiledFile.h"
 #include "script/language/Parser.h"
 #include "script/language/StreamScanner.h"
+#include "script/runtime/save_compiled_file.h"
 #include "source/utility/Archive.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
-#include "source/utility/platform/Directory.h"
 
 #include <iostream>
 #include <memory>
@@ -55,7 +54,6 @@ private:
     script::Parser parser_;
 };
 
-/// Written whole or not at all, so that no half file is ever taken for a compiled one.
 void compile(const ScriptArguments& arguments) {
     const std::string path = source_path(arguments.script);
     Source source(path);
@@ -64,17 +62,8 @@ void compile(const ScriptArguments& arguments) {
         throw CommandFailure(source.parser().errors());
     const std::string output =
         arguments.output.empty() ? path.substr(0, path.size() - source_extension.size()) + ".kvx" : arguments.output;
-    const std::string part = output + ".part";
-    {
-        Archive archive = kst::open(part, "w");
-        if (!archive)
-            throw CommandFailure("cannot write " + output);
-        script::write_compiled_file(archive, code, path, arguments.debug);
-    }
-    if (!platform::rename_file(part, output)) {
-        platform::remove_file(part);
+    if (!script::save_compiled_file(output, code, path, arguments.debug))
         throw CommandFailure("cannot write " + output);
-    }
 }
 
 void list(const ScriptArguments& arguments) {
@@ -85,8 +74,9 @@ void list(const ScriptArguments& arguments) {
 } // namespace
 
 void add_script_commands(CLI::App& app) {
-    CLI::App* const script = app.add_subcommand("script", "Compile programs of the engine's script language");
+    CLI::App* const script = app.add_subcommand("script", "Run, compile and list programs of the engine's script language");
     script->require_subcommand(1);
+    add_script_run_command(*script);
     const auto arguments = std::make_shared<ScriptArguments>();
     const auto add = [&](const char* name, const char* description) {
         CLI::App* const command = script->add_subcommand(name, description);
