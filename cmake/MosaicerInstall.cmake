@@ -5,7 +5,7 @@ get_property(rooms GLOBAL PROPERTY MOSAICER_ROOMS)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/mosaicer)
 install(TARGETS ${rooms} EXPORT mosaicerTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS mosaicer kst RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-foreach(floor driver packing texture compression script source)
+foreach(floor driver objects packing texture compression script source)
   install(DIRECTORY ${mosaicer_SOURCE_DIR}/${floor} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mosaicer
     FILES_MATCHING PATTERN "*.h")
 endforeach()

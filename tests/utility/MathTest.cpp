@@ -82,6 +82,20 @@ TEST(MathTest, SlerpTakesTheShortWayAtEvenSpeed) {
     EXPECT_EQ(slerp(from, from, 0.5f), from);
 }
 
+TEST(MathTest, BlendTakesTheChordForNearRotationsOnly) {
+    // Quaternions 0.2 and 1.2 radians apart; on the chord of the first, a tenth of the way is short of a tenth of the arc.
+    const auto at = [](double angle) {
+        return GQuat{static_cast<float>(std::sin(angle)), 0, 0, static_cast<float>(std::cos(angle))};
+    };
+    const double tenth_of_chord = std::atan2(0.1 * std::sin(0.2), 0.9 + 0.1 * std::cos(0.2));
+    EXPECT_LT(tenth_of_chord, 0.02);
+    EXPECT_NEAR(kst::blend(at(0), at(0.2), 0.1f).x, std::sin(tenth_of_chord), 1e-7);
+    EXPECT_NEAR(kst::blend(at(0), at(1.2), 0.1f).x, std::sin(0.12), 1e-7);
+    // The short way round, which is the longer one here: to -q.
+    EXPECT_NEAR(kst::blend(at(0), at(3.0), 0.5f).x, std::sin((3.0 - std::numbers::pi) / 2), 1e-6);
+    EXPECT_EQ(kst::blend(at(0), at(0), 0.7f), at(0));
+}
+
 TEST(MathTest, LengthSurvivesExtremeComponents) {
     EXPECT_EQ(length({3e30f, 4e30f, 0}), 5e30f);
     EXPECT_EQ(length({3e-30f, 0, 4e-30f}), 5e-30f);

@@ -38,6 +38,8 @@ protected:
     /// Throws ErrorWithCStack "Image parser cannot open NAME." for a missing file, and AssertionException when no file
     /// system is set and the process has none.
     Archive open_file() const;
+    /// As it was set; null for the process's.
+    FileSystem* file_system() const { return file_system_; }
 
 private:
     std::string name_;

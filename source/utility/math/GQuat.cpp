@@ -68,6 +68,18 @@ GQuat slerp(const GQuat& p, const GQuat& q, float blend) {
     return weighted_sum(std::sin(angle - a * angle) / sine, p, sign * (std::sin(a * angle) / sine), q);
 }
 
+GQuat blend(const GQuat& p, const GQuat& q, float blend) {
+    const double a = blend;
+    double c = exact_dot(p, q);
+    const double sign = c < 0 ? -1 : 1;
+    c *= sign;
+    if (c >= 0.95)
+        return normalised(weighted_sum(1 - a, p, sign * a, q));
+    const double angle = std::acos(c);
+    const double sine = std::sin(angle);
+    return weighted_sum(std::sin((1 - a) * angle) / sine, p, sign * (std::sin(a * angle) / sine), q);
+}
+
 Matrix4 to_matrix(const GQuat& q) {
     const float xx = q.x * q.x, yy = q.y * q.y, zz = q.z * q.z;
     const float xy = q.x * q.y, xz = q.x * q.z, yz = q.y * q.z;

@@ -27,6 +27,10 @@ Vector3 rotate(const GQuat& q, const Vector3& v);
 /// Spherical interpolation from p (a = 0) to q (a = 1), the short way round. Not normalised.
 GQuat slerp(const GQuat& p, const GQuat& q, float a);
 
+/// Interpolation for key processing, the short way round: within about 18 degrees of each other (a dot product of at
+/// least 0.95) along the chord, normalised; spherical beyond.
+GQuat blend(const GQuat& p, const GQuat& q, float a);
+
 /// The rotation matrix of a unit quaternion, and back. A matrix that scales or shears gives some rotation near it.
 Matrix4 to_matrix(const GQuat& q);
 GQuat to_quaternion(const Matrix4& m);

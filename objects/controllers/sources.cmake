@@ -1,0 +1,9 @@
+set(controllers_sources
+  CompositeControllers.cpp
+  Controller.cpp
+  LookAtControllers.cpp
+  PackedQuat.cpp
+  SceneAlignControllers.cpp
+  controller_classes.cpp
+  interpolations.cpp
+  thin_keys.cpp)

@@ -1,0 +1,11 @@
+set(database_sources
+  CloneManager.cpp
+  CloneSet.cpp
+  ObjectCreatorTable.cpp
+  ObjectDatabase.cpp
+  PersistentForm.cpp
+  PersistentObject.cpp
+  ReferenceMap.cpp
+  archive_values.cpp
+  dump_objects.cpp
+  print_value.cpp)

@@ -1,0 +1,3 @@
+set(image_sources
+  GeneralImageParser.cpp
+  ImageParserRegistry.cpp)

@@ -1,0 +1,2 @@
+set(scene_sources
+  Object3D.cpp)

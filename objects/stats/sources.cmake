@@ -1,0 +1,5 @@
+set(stats_sources
+  StatsBlock.cpp
+  StatsBlockManager.cpp
+  StatsBlockValues.cpp
+  StatsLibrary.cpp)
