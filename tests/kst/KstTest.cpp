@@ -214,5 +214,22 @@ TEST_F(Kst, runs_scripts) {
     expect({"script", "run", "d/p"}, 1, "", "kst: d/p.kvx: damaged compiled script: the code is cut off\n");
 }
 
+TEST_F(Kst, lists_stats_blocks_and_gives_them_to_scripts) {
+    folder.write("s/deep/sb_orc.xml", "<stats><block name='Orc'><var name='health' type='number' default='100'/>\n"
+                                      "<var name='title' type='string' default='Grom \\ Hell'/>"
+                                      "<var name='loot' type='LIST'/></block></stats>");
+    folder.write("s/sb_bad.xml", "<stats>\n<block name='Elf'><var name='x' type='int'/></block></stats>");
+    folder.write("p.kvs", "import print, stats, timers, math, containers;\n"
+                          "main() { object o; o := stats.make(\"Orc\"); o.health := math.sqrt(o.health);\n"
+                          " o.loot.push_back(containers.Vector(1, 2)); timers.tick();\n"
+                          " print(o, o.health, o.loot.size(), timers.main().time() > 0); }\n");
+    const std::string fault = "kst: s/sb_bad.xml (2): block Elf has a variable of unknown type int\n";
+    expect({"stats", "list", "s"}, 0,
+           "Orc (s/deep/sb_orc.xml)\n  health number 100\n  title string \"Grom \\\\ Hell\"\n  loot list\n", fault);
+    expect({"script", "run", "p", "--stats", "s"}, 0, "<Statsblock:Orc> 10 1 true\n", fault);
+    expect({"stats", "list", "none"}, 1, "", "kst: no directory none\n");
+    EXPECT_EQ(run({"script", "run", "p"}).exit_code, 1); // nothing to import as stats
+}
+
 } // namespace
 } // namespace mosaicer

@@ -8,11 +8,10 @@
 #include <string>
 
 #include "objects/stats/StatsBlockValues.h"
-#include "script/binding/NativeObjects.h"
 #include "source/utility/filesystem/DiskFileSystem.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
 #include "source/utility/xml/XMLDocument.h"
-#include "tests/script/RunSource.h"
+#include "tests/script/RuntimeSupport.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kst {
@@ -31,14 +30,10 @@ struct StatsTest : testing::Test {
 
     /// Runs the body of `main` with `stats`, the library.
     std::string run(const std::string& body) {
-        struct Imports : script::ScriptInterface {
-            std::map<idstring, script::ScriptValue> values;
-            bool has(idstring id) override { return values.contains(id); }
-            script::ScriptValue get(idstring id) override { return values.at(id); }
-        } imports;
+        script::RuntimeHost host;
         StatsLibrary library(manager);
-        imports.values[intern("stats")] = library.value();
-        return script::result_of("import stats; main() { object b; b := stats.make(\"b\"); " + body + "}", &imports);
+        host.add("stats", library.value());
+        return script::result_of("import stats; main() { object b; b := stats.make(\"b\"); " + body + "}", &host);
     }
 };
 

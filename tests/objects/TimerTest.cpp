@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "tests/script/RunSource.h"
+#include "tests/script/RuntimeSupport.h"
 
 namespace kst {
 namespace {
@@ -29,13 +29,9 @@ struct TimerTest : testing::Test {
 
     /// Runs the body of `main` with `t`, the manager.
     std::string run(const std::string& body) {
-        struct Imports : script::ScriptInterface {
-            std::map<idstring, script::ScriptValue> values;
-            bool has(idstring id) override { return values.contains(id); }
-            script::ScriptValue get(idstring id) override { return values.at(id); }
-        } imports;
-        imports.values[intern("t")] = timers.value();
-        return script::result_of("import t; main() {" + body + "}", &imports);
+        script::RuntimeHost host;
+        host.add("t", timers.value());
+        return script::result_of("import t; main() {" + body + "}", &host);
     }
 };
 

@@ -1,10 +1,15 @@
 #include "tools/kst/Command.h"
 
+#include "objects/stats/StatsLibrary.h"
+#include "script/runtime/ContainersLibrary.h"
 #include "script/runtime/HostLibrary.h"
+#include "script/runtime/MathLibrary.h"
 #include "script/runtime/PrintFunction.h"
 #include "script/runtime/ScriptFileSystem.h"
 #include "script/runtime/ScriptRTE.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
+#include "tools/kst/ShellTimers.h"
+#include "tools/kst/load_stats.h"
 
 #include <iostream>
 #include <memory>
@@ -17,6 +22,7 @@ namespace {
 struct RunArguments {
     std::string script;
     std::string root;
+    std::string stats;
     int mode = 0;
     std::string function = "main";
     std::vector<std::string> arguments;
@@ -25,7 +31,10 @@ struct RunArguments {
 /// What programs can import.
 void fill(script::HostLibrary& host) {
     host.add<script::PrintFunction>("print", std::cout);
+    host.add<script::ContainersLibrary>("containers");
+    host.add<script::MathLibrary>("math");
     host.add<script::ScriptFileSystem>("files", *VirtualFileSystem::instance());
+    host.add<ShellTimers>("timers");
 }
 
 std::string without_extension(const std::string& path) {
@@ -40,8 +49,11 @@ std::string directory_of(const std::string& path) {
 
 void run(const RunArguments& arguments) {
     const std::string name = without_extension(arguments.script);
+    const auto stats = arguments.stats.empty() ? nullptr : load_stats(arguments.stats);
     script::HostLibrary host;
     fill(host);
+    if (stats != nullptr)
+        host.add<StatsLibrary>("stats", *stats);
     script::ScriptRTE environment({.root = arguments.root.empty() ? directory_of(name) : arguments.root,
                                    .mode = static_cast<script::ScriptRTE::Mode>(arguments.mode),
                                    .host = &host});
@@ -71,6 +83,7 @@ void add_script_run_command(CLI::App& script) {
     command->add_option("SCRIPT", arguments->script, "The program, with or without its .kvs or .kvx")->required();
     command->add_option("ARG", arguments->arguments, "Given to the function as strings; behind -- whatever they are");
     command->add_option("--root", arguments->root, "Where imports are looked up (default: the program's directory)");
+    command->add_option("--stats", arguments->stats, "Lets programs import `stats`: the blocks under this directory");
     command
         ->add_option("--mode", arguments->mode,
                      "Compiled files: 0 read, 1 also save, 2 save with debug block, 3 and 4 the same without reading")
