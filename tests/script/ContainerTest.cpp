@@ -248,7 +248,7 @@ TEST(Container, long_chains_go_at_a_fixed_depth_and_circles_when_they_are_cut) {
     const std::size_t before = live_records();
     for (int kind = 0; kind < 4; ++kind) {
         ScriptValue chain;
-        for (int i = 0; i < 300000; ++i) {
+        for (int i = 0; i < 100000; ++i) {
             ScriptValue outer;
             const int here = kind == 3 ? i % 3 : kind;
             if (here == 0) {
