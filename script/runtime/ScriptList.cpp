@@ -18,14 +18,13 @@ void ScriptList::insert(std::int32_t index, ScriptValue value) {
     if (index == 0)
         return push_front(std::move(value));
     check_element_count(size() + 1);
-    changed();
-    items_.insert(items_.begin() + index, std::move(value));
+    std::deque<ScriptValue>& all = changed();
+    all.insert(all.begin() + index, std::move(value));
 }
 
 void ScriptList::push_front(ScriptValue value) {
     check_element_count(size() + 1);
-    changed();
-    items_.push_front(std::move(value));
+    changed().push_front(std::move(value));
     --first_;
 }
 

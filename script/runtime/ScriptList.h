@@ -21,8 +21,8 @@ public:
     void push_front(ScriptValue value);
     ScriptValue pop_front();
     ScriptValue pop_back();
-    ScriptValue front() const { return empty() ? ScriptValue() : items_.front(); }
-    ScriptValue back() const { return empty() ? ScriptValue() : items_.back(); }
+    ScriptValue front() const { return empty() ? ScriptValue() : items().front(); }
+    ScriptValue back() const { return empty() ? ScriptValue() : items().back(); }
 };
 
 using ScriptListIterator = SequenceIterator<ScriptList>;

@@ -1,11 +1,31 @@
 #include "script/runtime/ScriptMap.h"
 
 #include <array>
+#include <vector>
 
 #include "script/runtime/callbacks.h"
 #include "script/value/release_values.h"
 
 namespace kst::script {
+
+namespace {
+
+/// Moves a pair's key and value to `gone`.
+void take(ScriptPairs& pairs, ScriptPairs::iterator pair, std::vector<ScriptValue>& gone) {
+    auto node = pairs.extract(pair);
+    gone.push_back(std::move(node.key()));
+    gone.push_back(std::move(node.mapped()));
+}
+
+} // namespace
+
+void release_elements(ScriptPairs& pairs) {
+    std::vector<ScriptValue> gone;
+    gone.reserve(2 * pairs.size());
+    while (!pairs.empty())
+        take(pairs, pairs.begin(), gone);
+    release_values(std::move(gone));
+}
 
 void ScriptMap::bind(StaticMemberSet<ScriptMap>& members) {
     members.method<&ScriptMap::find>("get");
@@ -25,86 +45,51 @@ ScriptMap::ScriptMap(Arguments keys_and_values) {
     if (keys_and_values.size() % 2 != 0)
         throw DSError("A map takes keys and values in turn");
     for (std::size_t i = 0; i < keys_and_values.size(); i += 2)
-        pairs_.insert_or_assign(keys_and_values[i], keys_and_values[i + 1]);
-}
-
-ScriptMap& ScriptMap::operator=(const ScriptMap& other) {
-    if (this != &other) {
-        Pairs copy = other.pairs_;
-        clear();
-        pairs_.swap(copy);
-    }
-    return *this;
-}
-
-ScriptMap::~ScriptMap() {
-    clear();
+        pairs_.write().insert_or_assign(keys_and_values[i], keys_and_values[i + 1]);
 }
 
 ScriptValue ScriptMap::find(const ScriptValue& key) const {
-    const auto found = pairs_.find(key);
-    return found == pairs_.end() ? ScriptValue() : found->second;
+    const auto found = pairs().find(key);
+    return found == pairs().end() ? ScriptValue() : found->second;
 }
 
 void ScriptMap::insert(ScriptValue key, ScriptValue value) {
-    const auto [pair, is_new] = pairs_.try_emplace(std::move(key));
+    const auto [pair, is_new] = pairs_.write().try_emplace(std::move(key));
     pair->second.swap(value);
     release_value(std::move(value));
 }
 
-void ScriptMap::take(Pairs::iterator pair, std::vector<ScriptValue>& gone) {
-    auto node = pairs_.extract(pair);
-    gone.push_back(std::move(node.key()));
-    gone.push_back(std::move(node.mapped()));
-}
-
 void ScriptMap::remove(const ScriptValue& key) {
-    const auto found = pairs_.find(key);
-    if (found == pairs_.end())
+    if (!contains(key))
         return;
     std::vector<ScriptValue> gone;
-    take(found, gone);
-    release_values(std::move(gone));
-}
-
-void ScriptMap::clear() {
-    std::vector<ScriptValue> gone;
-    while (!pairs_.empty())
-        take(pairs_.begin(), gone);
+    Pairs& all = pairs_.write();
+    take(all, all.find(key), gone);
     release_values(std::move(gone));
 }
 
 void ScriptMap::for_each(const ScriptValue& function) const {
-    const std::vector<std::array<ScriptValue, 2>> walked = snapshot();
-    for (const auto& pair : walked)
-        call_back(function, pair);
+    const CopyOnWrite<Pairs> walked = pairs_;
+    for (const auto& [key, value] : walked.read())
+        call_back(function, std::array{key, value});
 }
 
 void ScriptMap::delete_if(const ScriptValue& test) {
     const HeldObject held(*this);
-    const std::vector<std::array<ScriptValue, 2>> walked = snapshot();
-    std::vector<bool> doomed;
-    doomed.reserve(walked.size());
-    for (const auto& pair : walked)
-        doomed.push_back(call_back(test, pair).to_boolean());
+    const CopyOnWrite<Pairs> walked = pairs_;
+    std::vector<std::array<ScriptValue, 2>> doomed;
+    for (const auto& [key, value] : walked.read())
+        if (call_back(test, std::array{key, value}).to_boolean())
+            doomed.push_back({key, value});
     held.check();
     std::vector<ScriptValue> gone;
-    for (std::size_t i = 0; i < walked.size(); ++i) {
-        if (!doomed[i])
-            continue;
-        const auto found = pairs_.find(walked[i][0]);
-        if (found != pairs_.end() && found->second.identical(walked[i][1]))
-            take(found, gone);
+    Pairs& all = pairs_.write();
+    for (const auto& [key, value] : doomed) {
+        const auto found = all.find(key);
+        if (found != all.end() && found->second.identical(value))
+            take(all, found, gone);
     }
     release_values(std::move(gone));
-}
-
-std::vector<std::array<ScriptValue, 2>> ScriptMap::snapshot() const {
-    std::vector<std::array<ScriptValue, 2>> copy;
-    copy.reserve(pairs_.size());
-    for (const auto& [key, value] : pairs_)
-        copy.push_back({key, value});
-    return copy;
 }
 
 ScriptValue ScriptMap::iterator() {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <array>
 #include <map>
 #include <optional>
-#include <vector>
 
 #include "script/binding/bind.h"
+#include "script/runtime/CopyOnWrite.h"
 #include "script/value/BasicClasses.h"
 #include "script/value/numbers.h"
 
@@ -21,6 +20,9 @@ struct KeyOrder {
     }
 };
 
+using ScriptPairs = std::map<ScriptValue, ScriptValue, KeyOrder>;
+void release_elements(ScriptPairs& pairs);
+
 /// "<ScriptMap>": values by key, in ascending order of the keys. The members of scripts, one by one:
 /// docs/script-containers.md.
 ///
@@ -32,26 +34,26 @@ public:
     static constexpr std::string_view script_name = "ScriptMap";
     static void bind(StaticMemberSet<ScriptMap>& members);
 
-    using Pairs = std::map<ScriptValue, ScriptValue, KeyOrder>;
+    using Pairs = ScriptPairs;
 
     ScriptMap() = default;
     /// Keys and values in turn; of equal keys the last one counts. DSError for a key without a value.
     explicit ScriptMap(Arguments keys_and_values);
     ScriptMap(const ScriptMap&) = default;
-    ScriptMap& operator=(const ScriptMap& other);
-    ~ScriptMap() override;
+    ScriptMap& operator=(const ScriptMap&) = default;
+    ~ScriptMap() override = default;
 
-    std::size_t size() const { return pairs_.size(); }
-    bool empty() const { return pairs_.empty(); }
-    const Pairs& pairs() const { return pairs_; }
+    std::size_t size() const { return pairs().size(); }
+    bool empty() const { return pairs().empty(); }
+    const Pairs& pairs() const { return pairs_.read(); }
     /// Void for an unknown key.
     ScriptValue find(const ScriptValue& key) const;
-    bool contains(const ScriptValue& key) const { return pairs_.contains(key); }
+    bool contains(const ScriptValue& key) const { return pairs().contains(key); }
     /// Replaces the value of an equal key; the key stays then. By value: they may come from this map.
     void insert(ScriptValue key, ScriptValue value);
     /// Nothing happens for an unknown key.
     void remove(const ScriptValue& key);
-    void clear();
+    void clear() { pairs_ = {}; }
 
     /// Calls `function` with key and value of each pair of a copy: it may change the map as it likes.
     void for_each(const ScriptValue& function) const;
@@ -63,11 +65,7 @@ public:
     ScriptValue iterator();
 
 private:
-    /// Moves a pair's key and value to `gone`.
-    void take(Pairs::iterator pair, std::vector<ScriptValue>& gone);
-    std::vector<std::array<ScriptValue, 2>> snapshot() const;
-
-    Pairs pairs_;
+    CopyOnWrite<Pairs> pairs_;
 };
 
 /// One pair, as it was when the iterator came to it.

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <iterator>
 #include <map>
 #include <utility>
 #include <vector>
 
 #include "script/binding/bind.h"
+#include "script/runtime/CopyOnWrite.h"
 #include "script/runtime/callbacks.h"
 #include "script/value/release_values.h"
 
@@ -25,6 +27,13 @@ inline constexpr std::size_t max_new_elements = std::size_t{1} << 20;
 inline void check_element_count(std::size_t count, std::size_t limit = max_elements) {
     if (count > limit)
         throw DSError("Too many elements");
+}
+
+inline void release_elements(std::vector<ScriptValue>& elements) {
+    release_values(std::move(elements));
+}
+inline void release_elements(std::deque<ScriptValue>& elements) {
+    release_values(std::vector<ScriptValue>(std::move_iterator(elements.begin()), std::move_iterator(elements.end())));
 }
 
 /// Walks the elements of a sequence that may change at any time, and keeps it alive.
@@ -71,45 +80,36 @@ public:
     using Elements = Storage;
 
     ScriptSequence() = default;
-    explicit ScriptSequence(Arguments elements) : items_(elements.begin(), elements.end()) {}
+    explicit ScriptSequence(Arguments elements) : items_(Storage(elements.begin(), elements.end())) {}
     ScriptSequence(const ScriptSequence&) = default;
     ScriptSequence& operator=(const ScriptSequence& other) {
-        Storage copy = other.items_;
-        changed();
-        std::swap(items_, copy);
-        release(copy);
+        replace_items(other.items_);
         return *this;
     }
-    ~ScriptSequence() override { release(items_); }
+    ~ScriptSequence() override = default;
 
-    std::size_t size() const { return items_.size(); }
-    bool empty() const { return items_.empty(); }
+    std::size_t size() const { return items().size(); }
+    bool empty() const { return items().empty(); }
     /// `index` must be below size().
-    const ScriptValue& at(std::size_t index) const { return items_[index]; }
-    const Storage& items() const { return items_; }
+    const ScriptValue& at(std::size_t index) const { return items()[index]; }
+    const Storage& items() const { return items_.read(); }
 
     void push_back(ScriptValue value) {
         check_element_count(size() + 1);
-        changed();
-        items_.push_back(std::move(value));
+        changed().push_back(std::move(value));
     }
 
-    void clear() {
-        changed();
-        Storage gone;
-        std::swap(items_, gone);
-        release(gone);
-    }
+    void clear() { replace_items({}); }
 
     /// By the language's `=`.
     bool contains(const ScriptValue& value) const {
-        return std::any_of(items_.begin(), items_.end(), [&](const ScriptValue& item) { return item.equals(value); });
+        return std::any_of(items().begin(), items().end(), [&](const ScriptValue& item) { return item.equals(value); });
     }
 
     /// Calls `function` with each element of a copy: it may change the sequence as it likes.
     void for_each(const ScriptValue& function) const {
-        const Storage walked = items_;
-        for (const ScriptValue& item : walked)
+        const CopyOnWrite<Storage> walked = items_;
+        for (const ScriptValue& item : walked.read())
             call_back(function, {&item, 1});
     }
 
@@ -118,20 +118,22 @@ public:
     /// leaves there goes, for each call that gave true, the first occurrence of the very same element.
     void delete_if(const ScriptValue& test) {
         const HeldObject held(*this);
-        const Storage walked = items_;
+        CopyOnWrite<Storage> walked = items_;
         const std::uint64_t changes = changes_;
         std::vector<bool> doomed;
-        doomed.reserve(walked.size());
-        for (const ScriptValue& item : walked)
+        doomed.reserve(size());
+        for (const ScriptValue& item : walked.read())
             doomed.push_back(call_back(test, {&item, 1}).to_boolean());
         held.check();
-        if (changes_ == changes)
+        if (changes_ == changes) {
+            walked = {}; // so that the storage is the sequence's alone
             return remove_where([&, i = std::size_t{0}](const ScriptValue&) mutable { return doomed[i++]; });
+        }
         std::map<std::pair<std::uint32_t, ScriptValue::Data>, std::size_t> wanted;
         const auto identity = [](const ScriptValue& v) { return std::pair(v.value_class().order(), v.data()); };
-        for (std::size_t i = 0; i < walked.size(); ++i)
+        for (std::size_t i = 0; i < doomed.size(); ++i)
             if (doomed[i])
-                ++wanted[identity(walked[i])];
+                ++wanted[identity(walked.read()[i])];
         remove_where([&](const ScriptValue& item) {
             const auto found = wanted.find(identity(item));
             return found != wanted.end() && found->second > 0 && found->second-- > 0;
@@ -157,45 +159,45 @@ protected:
         members.template method<&ScriptSequence::iterator>("iterator");
     }
 
-    void changed() { ++changes_; }
+    /// The elements, to be changed.
+    Storage& changed() {
+        ++changes_;
+        return items_.write();
+    }
+    void replace_items(CopyOnWrite<Storage> items) {
+        ++changes_;
+        items_ = std::move(items); // in place before the old ones go
+    }
 
     /// Takes the elements that `doomed` says yes to out, in one walk, and releases them when the sequence is whole again.
     template <typename Predicate>
     void remove_where(Predicate doomed) {
-        changed();
+        Storage& all = changed();
         std::vector<ScriptValue> gone;
         Storage kept;
-        for (ScriptValue& item : items_) {
+        for (ScriptValue& item : all) {
             if (doomed(std::as_const(item)))
                 gone.push_back(std::move(item));
             else
                 kept.push_back(std::move(item));
         }
-        std::swap(items_, kept);
+        std::swap(all, kept);
         release_values(std::move(gone));
     }
 
     /// Takes one element out.
     ScriptValue take(std::size_t index) {
-        changed();
-        const auto place = items_.begin() + static_cast<std::ptrdiff_t>(index);
+        Storage& all = changed();
+        const auto place = all.begin() + static_cast<std::ptrdiff_t>(index);
         ScriptValue gone = std::move(*place);
-        items_.erase(place);
+        all.erase(place);
         return gone;
     }
 
-    static void release(Storage& items) {
-        if constexpr (std::is_same_v<Storage, std::vector<ScriptValue>>)
-            release_values(std::move(items));
-        else
-            release_values(
-                std::vector<ScriptValue>(std::move_iterator(items.begin()), std::move_iterator(items.end())));
-    }
-
-    Storage items_;
     std::int64_t first_ = 0;
 
 private:
+    CopyOnWrite<Storage> items_;
     /// Tells delete_if that somebody else was at work.
     std::uint64_t changes_ = 0;
 };

@@ -34,7 +34,7 @@ ScriptTimedCallback& ScriptTCList::entry_of(const ScriptValue& value) {
 }
 
 ScriptValue ScriptTCList::add(ScriptValue callback, float interval, std::int32_t count) {
-    const ScriptValue value = make_script_owned<ScriptTimedCallback>();
+    ScriptValue value = make_script_owned<ScriptTimedCallback>();
     ScriptTimedCallback& entry = entry_of(value);
     entry.interval = interval;
     entry.last = time_;

@@ -55,8 +55,7 @@ ScriptValue ScriptVector::element(std::int32_t index) const {
 
 void ScriptVector::set(std::int32_t index, ScriptValue value) {
     const std::size_t place = checked(index);
-    changed();
-    items_[place].swap(value);
+    changed()[place].swap(value);
     release_value(std::move(value));
 }
 
@@ -69,11 +68,11 @@ void ScriptVector::resize(std::int32_t count) {
         throw DSError("Negative size: " + std::to_string(count));
     const auto wanted = static_cast<std::size_t>(count);
     check_element_count(wanted, std::min(max_elements, size() + max_new_elements));
-    changed();
+    std::vector<ScriptValue>& all = changed();
     std::vector<ScriptValue> gone;
-    if (wanted < size())
-        gone.assign(std::move_iterator(items_.begin() + count), std::move_iterator(items_.end()));
-    items_.resize(wanted);
+    if (wanted < all.size())
+        gone.assign(std::move_iterator(all.begin() + count), std::move_iterator(all.end()));
+    all.resize(wanted);
     release_values(std::move(gone));
 }
 
@@ -82,19 +81,14 @@ void ScriptVector::remove_equal(ScriptValue value) {
 }
 
 void ScriptVector::set_range(float start, float end, float step) {
-    replace_items(range(start, end, step, max_new_elements));
+    replace_items(CopyOnWrite(range(start, end, step, max_new_elements)));
 }
 
 ScriptValue ScriptVector::indices() const {
     ScriptValue indices = make_script_owned<ScriptVector>();
-    Conversion<ScriptVector&>::from(indices).replace_items(range(0, static_cast<float>(size()) - 1, 1, size()));
+    Conversion<ScriptVector&>::from(indices).replace_items(
+        CopyOnWrite(range(0, static_cast<float>(size()) - 1, 1, size())));
     return indices;
-}
-
-void ScriptVector::replace_items(std::vector<ScriptValue> items) {
-    changed();
-    std::swap(items_, items);
-    release_values(std::move(items));
 }
 
 } // namespace kst::script

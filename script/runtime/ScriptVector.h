@@ -33,7 +33,6 @@ public:
 
 private:
     std::size_t checked(std::int32_t index) const;
-    void replace_items(std::vector<ScriptValue> items);
 };
 
 using ScriptVectorIterator = SequenceIterator<ScriptVector>;

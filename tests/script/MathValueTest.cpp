@@ -35,39 +35,25 @@ ScriptValue i64(std::int64_t value) {
     return int64_value(value);
 }
 
+// The plain ones stand in docs/script-math.md.
 TEST(MathValue, operators_and_members_print_what_was_worked_out) {
-    const ScriptValue v = v3(3, -4, 12), p = polar_value({1, 0.5f, 2});
+    const ScriptValue v = v3(3, -4, 12);
     const ScriptValue left = quaternion_value(rotation_ypr({right_angle, 0, 0}));
     const ScriptValue up = quaternion_value(rotation_ypr({0, right_angle / 2, 0}));
     const auto member = [](const ScriptValue& of, const char* name) { return of.member(intern(name)).to_string(); };
     const std::pair<std::string, std::string> cases[] = {
         {v.to_string(), "[x:3.0000 y:-4.0000 z:12.0000]"},
         {v3(nan_number, 0.00005f, 1e9f).to_string(), "[x:nan y:0.0000 z:1000000000.0000]"},
-        {v.add(v3(1, 1, 1)).to_string(), "[x:4.0000 y:-3.0000 z:13.0000]"},
-        {v.subtract(v3(1, 1, 1)).to_string(), "[x:2.0000 y:-5.0000 z:11.0000]"},
-        {v.multiply(number(0.5f)).to_string(), "[x:1.5000 y:-2.0000 z:6.0000]"},
         {v.multiply(v3(2, 3, 4)).to_string(), "[x:6.0000 y:-12.0000 z:48.0000]"},
-        {v.divide(number(2)).to_string(), "[x:1.5000 y:-2.0000 z:6.0000]"},
         {v.divide(v3(3, 4, 0)).to_string(), "[x:1.0000 y:-1.0000 z:inf]"},
-        {member(v, "x") + " " + member(v, "y") + " " + member(v, "z") + " " + member(v, "len"), "3 -4 12 13"},
         {member(v, "normalized"), "[x:0.2308 y:-0.3077 z:0.9231]"},
         {member(v3(0, 0, 0), "normalized"), "[x:0.0000 y:0.0000 z:0.0000]"},
         {member(v3(0, 1e-30f, 0), "normalized"), "[x:0.0000 y:1.0000 z:0.0000]"},
-        {p.to_string(), "[spin:1.000000 pitch:0.500000 r:2.000000]"},
-        {p.add(p).to_string(), "[spin:2.000000 pitch:1.000000 r:4.000000]"},
-        {p.subtract(p).to_string(), "[spin:0.000000 pitch:0.000000 r:0.000000]"},
-        {p.multiply(number(3)).to_string(), "[spin:1.000000 pitch:0.500000 r:6.000000]"},
-        {p.divide(number(4)).to_string(), "[spin:1.000000 pitch:0.500000 r:0.500000]"},
-        {member(p, "spin") + member(p, "phi") + " " + member(p, "pitch") + member(p, "tilt") + member(p, "theta") +
-             " " + member(p, "r") + member(p, "radius"),
-         "11 0.50.50.5 22"},
-        {quaternion_value({}).to_string(), "[yaw:0, pitch: 0, roll: 0]"},
         {up.to_string(), "[yaw:0, pitch: 0.78539819, roll: 0]"},
         {member(quaternion_value({0, 0, 3, 3}), "normalized"), left.to_string()},
         {left.multiply(v3(1, 0, 0)).multiply(v3(0, 1, 0)).to_string(), "[x:0.0000 y:1.0000 z:0.0000]"},
         {up.multiply(left).multiply(v3(1, 0, 5)).multiply(v3(0, 1, 0)).to_string(), "[x:-0.0000 y:1.0000 z:0.0000]"},
         {i64(lowest).to_string(), "-9223372036854775808"},
-        {i64(highest).add(number(1)).to_string(), "-9223372036854775808"},
         {i64(lowest).subtract(i64(1)).to_string(), "9223372036854775807"},
         {i64(std::int64_t{1} << 40).multiply(i64(1 << 20)).to_string(), "1152921504606846976"},
         {i64(lowest).divide(number(-1)).to_string(), "-9223372036854775808"},
