@@ -1,7 +1,10 @@
 set(vm_sources
+  Calls.cpp
   Interpreter.cpp
   ObjectClasses.cpp
   ReferenceClasses.cpp
   ScriptStacks.cpp
   ScriptVM.cpp
-  ScriptedClass.cpp)
+  ScriptedClass.cpp
+  Steps.cpp
+  translate_code.cpp)
