@@ -103,10 +103,6 @@ const StringMethod* find_method(idstring id) {
     return found == ids.end() ? nullptr : &string_methods[static_cast<std::size_t>(found - ids.begin())];
 }
 
-bool is_number(const ScriptValue& value) {
-    return value.kind() == ClassKind::number;
-}
-
 } // namespace
 
 ScriptValue string_value(std::string text) {

@@ -1,44 +1,28 @@
 #include "script/vm/Interpreter.h"
 
 #include "script/value/BasicClasses.h"
+#include "script/vm/NumberOperations.h"
 #include "script/vm/ObjectClasses.h"
 #include "script/vm/ProgramRegistry.h"
 #include "script/vm/ScriptedClass.h"
 
+// The functions within the loop work on its variables, which live in registers as long as none of them is called for
+// real.
+#define IN_LOOP __attribute__((always_inline))
+
+/// The three forms of an operation on numbers.
+#define NUMBER_CASES(name, kind, function) \
+    case Operation::name##_ss:             \
+        kind(function, both_on_stack);     \
+        break;                             \
+    case Operation::name##_sp:             \
+        kind(function, left_on_stack);     \
+        break;                             \
+    case Operation::name##_pp:             \
+        kind(function, both_in_places);    \
+        break;
+
 namespace kst::script {
-
-namespace {
-
-enum class Form { ss, sp, pp };
-
-bool is_number(const ScriptValue& value) {
-    return &value.value_class() == &number_class;
-}
-
-float float_of(const ScriptValue& value) {
-    return std::bit_cast<float>(value.data());
-}
-
-// By `less` alone, as for all values: a NaN is neither less nor greater than anything, and so equal to it.
-constexpr auto less = [](float a, float b) { return a < b; };
-constexpr auto less_or_equal = [](float a, float b) { return !(b < a); };
-constexpr auto equal = [](float a, float b) { return !(a < b) && !(b < a); };
-constexpr auto greater_or_equal = [](float a, float b) { return !(a < b); };
-constexpr auto greater = [](float a, float b) { return b < a; };
-constexpr auto not_equal = [](float a, float b) { return a < b || b < a; };
-
-constexpr auto plus = [](float a, float b) { return a + b; };
-constexpr auto minus = [](float a, float b) { return a - b; };
-constexpr auto times = [](float a, float b) { return a * b; };
-constexpr auto over = [](float a, float b) { return a / b; };
-
-template <Form value>
-using FormIs = std::integral_constant<Form, value>;
-constexpr FormIs<Form::ss> ss;
-constexpr FormIs<Form::sp> sp_form;
-constexpr FormIs<Form::pp> pp;
-
-} // namespace
 
 // The variables: the instruction, the ends of the two stacks. A value that owns nothing is written and forgotten without
 // a look at its class's functions; everything else is a step.
@@ -50,39 +34,39 @@ void Interpreter::execute() {
     const ScriptValue* const locals_limit = locals_.limit();
 
     auto& instances = ScriptVM::ClassInstance::instance();
+    ProgramRegistry& registry = ProgramRegistry::instance();
     auto& called_instances = ScriptVM::ClassCalledInstance::instance();
 
-    const auto hand_over = [&]() __attribute__((always_inline)) {
+    const auto hand_over = [&]() IN_LOOP {
         ip_ = ip;
         instruction_ = vm_->code_.data() + ip->offset;
         values_.set_end(sp);
         locals_.set_end(locals_end);
     };
-    const auto take_back = [&]() __attribute__((always_inline)) {
+    const auto take_back = [&]() IN_LOOP {
         ip = ip_;
         sp = values_.end();
         locals_end = locals_.end();
     };
-    const auto call_step = [&](auto&& work) __attribute__((always_inline)) {
+    const auto call_step = [&](auto&& work) IN_LOOP {
         hand_over();
         work();
         check_programs();
         take_back();
     };
-    const auto step = [&](auto&& work) __attribute__((always_inline)) {
+    const auto step = [&](auto&& work) IN_LOOP {
         call_step(work);
         ++ip;
     };
-    const auto place = [&](ValuePlace where, std::uint32_t index) __attribute__((always_inline))->ScriptValue& {
-        return bases_[static_cast<std::size_t>(where)][index];
-    };
-    const auto add_reference = [&](const ScriptValue& value) __attribute__((always_inline)) {
+    const auto place = [&](ValuePlace where, std::uint32_t index)
+                           IN_LOOP -> ScriptValue& { return bases_[static_cast<std::size_t>(where)][index]; };
+    const auto add_reference = [&](const ScriptValue& value) IN_LOOP {
         if (&value.value_class() == &instances)
             instances.add_ref(value.data());
         else if (value.value_class().counted())
             value.value_class().add_ref(value.data());
     };
-    const auto push_copy = [&](const ScriptValue& value) __attribute__((always_inline)) {
+    const auto push_copy = [&](const ScriptValue& value) IN_LOOP {
         if (sp == values_limit) {
             hand_over();
             values_.overflow();
@@ -92,16 +76,16 @@ void Interpreter::execute() {
         ++sp;
     };
     // For what is off the stacks already.
-    const auto release_owned = [&](ScriptClass & value_class, ScriptClass::Data data) __attribute__((always_inline)) {
+    const auto release_owned = [&](ScriptClass& value_class, ScriptClass::Data data) IN_LOOP {
         if (&value_class == &instances && instances.release_shared(data))
             return;
         call_step([&] { value_class.release(data); });
     };
-    const auto release = [&](const ScriptValue& value) __attribute__((always_inline)) {
+    const auto release = [&](const ScriptValue& value) IN_LOOP {
         if (value.value_class().counted())
             release_owned(value.value_class(), value.data());
     };
-    const auto append_local = [&](ScriptClass & value_class, ScriptValue::Data data) __attribute__((always_inline)) {
+    const auto append_local = [&](ScriptClass& value_class, ScriptValue::Data data) IN_LOOP {
         if (locals_end == locals_limit) {
             hand_over();
             locals_.overflow();
@@ -109,7 +93,7 @@ void Interpreter::execute() {
         locals_end->overwrite(value_class, data);
         ++locals_end;
     };
-    const auto jump = [&]() __attribute__((always_inline)) {
+    const auto jump = [&]() IN_LOOP {
         const Instruction* const target = ip->target;
         if (target <= ip) {
             if (stacks_.jump_budget == 0)
@@ -118,8 +102,7 @@ void Interpreter::execute() {
         }
         ip = target;
     };
-    const auto number_operands = [&](auto form, const ScriptValue*& left, const ScriptValue*& right)
-        __attribute__((always_inline)) {
+    const auto number_operands = [&](auto form, const ScriptValue*& left, const ScriptValue*& right) IN_LOOP {
         if constexpr (form() == Form::ss)
             right = sp - 1;
         else
@@ -132,10 +115,8 @@ void Interpreter::execute() {
             left = &place(ip->left_place, ip->left);
         return is_number(*left) && is_number(*right);
     };
-    const auto taken_by = [](auto form) __attribute__((always_inline)) {
-        return form() == Form::ss ? 2 : form() == Form::sp ? 1 : 0;
-    };
-    const auto arithmetic = [&](auto operation, auto form) __attribute__((always_inline)) {
+    const auto taken_by = [](auto form) IN_LOOP { return form() == Form::ss ? 2 : form() == Form::sp ? 1 : 0; };
+    const auto arithmetic = [&](auto operation, auto form) IN_LOOP {
         const ScriptValue* left = nullptr;
         const ScriptValue* right = nullptr;
         if (!number_operands(form, left, right))
@@ -163,7 +144,7 @@ void Interpreter::execute() {
         }
         ++ip;
     };
-    const auto branch = [&](auto comparison, auto form) __attribute__((always_inline)) {
+    const auto branch = [&](auto comparison, auto form) IN_LOOP {
         const ScriptValue* left = nullptr;
         const ScriptValue* right = nullptr;
         bool holds = false;
@@ -178,7 +159,7 @@ void Interpreter::execute() {
         else
             ++ip;
     };
-    const auto branch_on_top = [&](bool wanted) __attribute__((always_inline)) {
+    const auto branch_on_top = [&](bool wanted) IN_LOOP {
         bool is_true = false;
         if (const ClassKind kind = sp[-1].kind(); kind <= ClassKind::boolean) {
             --sp;
@@ -192,8 +173,7 @@ void Interpreter::execute() {
             ++ip;
     };
     // Moves on to the start of a function that is called here. Its arguments are on the local stack.
-    const auto enter_function = [&](ScriptVM & vm, const Instruction* start, Frame*& frame)
-        __attribute__((always_inline)) {
+    const auto enter_function = [&](ScriptVM& vm, const Instruction* start, Frame*& frame) IN_LOOP {
         if (stacks_.jump_budget == 0 || stacks_.call_count == stack_size ||
             stacks_.frame_count == ScriptStacks::frame_limit)
             return false;
@@ -216,10 +196,10 @@ void Interpreter::execute() {
         ip = sized ? start + 1 : start;
         return true;
     };
-    const auto call_function = [&](const ScriptValue& callee) __attribute__((always_inline)) {
+    const auto call_function = [&](const ScriptValue& callee) IN_LOOP {
         if (callee.kind() != ClassKind::function)
             return false;
-        const ProgramRegistry::Entry& function = ProgramRegistry::instance()[callee.data()];
+        const ProgramRegistry::Entry& function = registry[callee.data()];
         Frame* frame = nullptr;
         if (function.vm == nullptr || !enter_function(*function.vm, function.start, frame))
             return false;
@@ -228,15 +208,14 @@ void Interpreter::execute() {
         return true;
     };
     // True at the end of the run. The result, if there is one, is on the value stack.
-    const auto leave_function = [&]() __attribute__((always_inline)) {
+    const auto leave_function = [&]() IN_LOOP {
         Frame& frame = stacks_.current();
         if (frame.return_to == nullptr || sp != frame.values + 1) {
-            bool is_over = false;
             hand_over();
-            is_over = leave();
-            if (!is_over)
-                take_back();
-            return is_over;
+            if (leave())
+                return true;
+            take_back();
+            return false;
         }
         while (locals_end != frame.locals) {
             --locals_end;
@@ -264,7 +243,7 @@ void Interpreter::execute() {
         return false;
     };
 
-    const auto resize_frame = [&]() __attribute__((always_inline)) {
+    const auto resize_frame = [&]() IN_LOOP {
         ScriptValue* const wanted = bases_[static_cast<std::size_t>(ValuePlace::local)] + ip->count;
         if (wanted > locals_limit)
             return step([&] { set_frame_size(ip->count); });
@@ -279,12 +258,12 @@ void Interpreter::execute() {
         ++ip;
     };
     // The class of an object, if the member is known in it.
-    const auto known_class = [&](ScriptClass::Data object) __attribute__((always_inline)) {
+    const auto known_class = [&](ScriptClass::Data object) IN_LOOP {
         ScriptVM::ScriptedClassBase* const scripted_class = instances.class_of(object);
         return scripted_class != nullptr && scripted_class->serial() == ip->site->class_serial ? scripted_class
                                                                                                : nullptr;
     };
-    const auto read_known_member = [&]() __attribute__((always_inline)) {
+    const auto read_known_member = [&]() IN_LOOP {
         if (&sp[-1].value_class() != &instances)
             return false;
         const ScriptClass::Data object = sp[-1].data();
@@ -298,7 +277,7 @@ void Interpreter::execute() {
         ++ip;
         return true;
     };
-    const auto invoke_known_method = [&]() __attribute__((always_inline)) {
+    const auto invoke_known_method = [&]() IN_LOOP {
         if (&sp[-1].value_class() != &called_instances)
             return false;
         const ScriptClass::Data self = sp[-1].data();
@@ -410,7 +389,13 @@ void Interpreter::execute() {
             }
             break;
         case Operation::call:
-            call_step([&] { call_top(); });
+            --sp;
+            if (const ScriptClass::Data number = sp->data(); call_function(*sp)) {
+                registry.release(number);
+            } else {
+                ++sp;
+                call_step([&] { call_top(); });
+            }
             break;
         case Operation::call_global: {
             const ScriptValue& callee = place(ValuePlace::global, ip->left);
@@ -422,96 +407,16 @@ void Interpreter::execute() {
             if (!invoke_known_method())
                 call_step([&] { call_prepared(); });
             break;
-        case Operation::add_ss:
-            arithmetic(plus, ss);
-            break;
-        case Operation::add_sp:
-            arithmetic(plus, sp_form);
-            break;
-        case Operation::add_pp:
-            arithmetic(plus, pp);
-            break;
-        case Operation::sub_ss:
-            arithmetic(minus, ss);
-            break;
-        case Operation::sub_sp:
-            arithmetic(minus, sp_form);
-            break;
-        case Operation::sub_pp:
-            arithmetic(minus, pp);
-            break;
-        case Operation::mul_ss:
-            arithmetic(times, ss);
-            break;
-        case Operation::mul_sp:
-            arithmetic(times, sp_form);
-            break;
-        case Operation::mul_pp:
-            arithmetic(times, pp);
-            break;
-        case Operation::div_ss:
-            arithmetic(over, ss);
-            break;
-        case Operation::div_sp:
-            arithmetic(over, sp_form);
-            break;
-        case Operation::div_pp:
-            arithmetic(over, pp);
-            break;
-        case Operation::lt_ss:
-            branch(less, ss);
-            break;
-        case Operation::lt_sp:
-            branch(less, sp_form);
-            break;
-        case Operation::lt_pp:
-            branch(less, pp);
-            break;
-        case Operation::le_ss:
-            branch(less_or_equal, ss);
-            break;
-        case Operation::le_sp:
-            branch(less_or_equal, sp_form);
-            break;
-        case Operation::le_pp:
-            branch(less_or_equal, pp);
-            break;
-        case Operation::eq_ss:
-            branch(equal, ss);
-            break;
-        case Operation::eq_sp:
-            branch(equal, sp_form);
-            break;
-        case Operation::eq_pp:
-            branch(equal, pp);
-            break;
-        case Operation::ge_ss:
-            branch(greater_or_equal, ss);
-            break;
-        case Operation::ge_sp:
-            branch(greater_or_equal, sp_form);
-            break;
-        case Operation::ge_pp:
-            branch(greater_or_equal, pp);
-            break;
-        case Operation::gt_ss:
-            branch(greater, ss);
-            break;
-        case Operation::gt_sp:
-            branch(greater, sp_form);
-            break;
-        case Operation::gt_pp:
-            branch(greater, pp);
-            break;
-        case Operation::ne_ss:
-            branch(not_equal, ss);
-            break;
-        case Operation::ne_sp:
-            branch(not_equal, sp_form);
-            break;
-        case Operation::ne_pp:
-            branch(not_equal, pp);
-            break;
+            NUMBER_CASES(add, arithmetic, plus)
+            NUMBER_CASES(sub, arithmetic, minus)
+            NUMBER_CASES(mul, arithmetic, times)
+            NUMBER_CASES(div, arithmetic, over)
+            NUMBER_CASES(lt, branch, less)
+            NUMBER_CASES(le, branch, less_or_equal)
+            NUMBER_CASES(eq, branch, equal)
+            NUMBER_CASES(ge, branch, greater_or_equal)
+            NUMBER_CASES(gt, branch, greater)
+            NUMBER_CASES(ne, branch, not_equal)
         default:
             __builtin_unreachable();
         }
@@ -519,3 +424,6 @@ void Interpreter::execute() {
 }
 
 } // namespace kst::script
+
+#undef NUMBER_CASES
+#undef IN_LOOP

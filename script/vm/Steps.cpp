@@ -36,14 +36,6 @@ void resolve_operand(std::uint8_t* operand, std::size_t text_size, idstring id) 
     operand[4] = static_cast<std::uint8_t>(std::max(text_size + 1, least_name_operand));
 }
 
-bool is_number(const ScriptValue& value) {
-    return &value.value_class() == &number_class;
-}
-
-float float_of(const ScriptValue& value) {
-    return std::bit_cast<float>(value.data());
-}
-
 bool less(const ScriptValue& a, const ScriptValue& b) {
     return is_number(a) && is_number(b) ? float_of(a) < float_of(b) : a.less(b);
 }

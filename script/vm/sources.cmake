@@ -1,5 +1,6 @@
 set(vm_sources
   Calls.cpp
+  DecodedCode.cpp
   Interpreter.cpp
   ObjectClasses.cpp
   ReferenceClasses.cpp

@@ -1,11 +1,4 @@
-// Two passes over the decoded byte code. The first follows the value stack through each straight piece of code, and pairs
-// what is pushed with who takes it:
-//
-//   push &x ... assign         the assignment knows its place, and nothing is pushed
-//   push f  ... call           so does the call, if f is a global that nothing assigns to
-//   member  ... call           the member is looked up as a method
-//
-// The second puts neighbours together.
+// Puts neighbours together: what pushes the places of an operation, the operation, and what takes its result.
 
 #include "script/vm/Instruction.h"
 
@@ -15,27 +8,14 @@
 #include <optional>
 
 #include "script/value/BasicClasses.h"
-#include "script/value/DSError.h"
+#include "script/vm/DecodedCode.h"
 
 namespace kst::script {
 
 namespace {
 
-constexpr std::uint32_t none = 0xffffffff;
+constexpr std::uint32_t none = DecodedCode::none;
 constexpr std::uint32_t most_constants = 65536;
-
-struct Decoded {
-    Opcode opcode = Opcode::return_;
-    bool valid = true;
-    /// A branch leads here, or a function begins.
-    bool is_target = false;
-    /// Does nothing any more: its taker knows what it pushed.
-    bool elided = false;
-    std::uint32_t offset = 0;
-    std::uint32_t operand = 0;
-    /// Of an assignment or a call: who pushed what it stores to or calls. Of a member: the call that takes it.
-    std::uint32_t partner = none;
-};
 
 struct Source {
     ValuePlace place = ValuePlace::stack;
@@ -50,13 +30,6 @@ bool is_arithmetic(Opcode opcode) {
 bool is_comparison(Opcode opcode) {
     return opcode >= Opcode::lt && opcode <= Opcode::ne;
 }
-bool is_branch(Opcode opcode) {
-    return opcode >= Opcode::bra && opcode <= Opcode::brifn;
-}
-bool is_reference(Opcode opcode) {
-    return opcode == Opcode::push_global_ref || opcode == Opcode::push_member_ref || opcode == Opcode::push_local_ref;
-}
-
 /// What holds exactly when the comparison does not.
 Opcode opposite(Opcode comparison) {
     switch (comparison) {
@@ -84,134 +57,16 @@ Operation operation_of(Opcode opcode, int form) {
 
 class Translator {
 public:
-    explicit Translator(std::span<const std::uint8_t> code) : code_(code) {}
+    explicit Translator(std::span<const std::uint8_t> code) : code_(code), decoded_code_(code) {}
 
     InstructionCode translate() {
-        decode();
-        mark_targets();
-        pair_up();
+        result_.globals = decoded_code_.globals;
         emit_all();
         resolve_targets();
         return std::move(result_);
     }
 
 private:
-    std::uint32_t read(std::size_t at, std::size_t bytes) const {
-        if (at > code_.size() || code_.size() - at < bytes)
-            throw DSError("Internal error: Operand outside of the code");
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < bytes; ++i)
-            value |= static_cast<std::uint32_t>(code_[at + i]) << (8 * i);
-        return value;
-    }
-
-    /// The size of a name or string, which another program may have resolved.
-    std::size_t text_size(std::size_t at) const {
-        if (read(at, 1) == 0)
-            return std::max<std::size_t>(read(at + 4, 1), least_name_operand);
-        const auto begin = code_.begin() + static_cast<std::ptrdiff_t>(at);
-        const auto zero = std::find(begin, code_.end(), std::uint8_t{0});
-        return std::max(static_cast<std::size_t>(zero - begin) + 1, least_name_operand);
-    }
-
-    void decode() {
-        for (std::size_t at = 0; at < code_.size();) {
-            Decoded& d = decoded_.emplace_back();
-            d.offset = static_cast<std::uint32_t>(at);
-            d.opcode = static_cast<Opcode>(code_[at++]);
-            d.valid = static_cast<std::size_t>(d.opcode) < opcode_count;
-            if (!d.valid)
-                continue;
-            const Operand operand = info_of(d.opcode).operand;
-            const bool four = operand == Operand::number || operand == Operand::offset;
-            const std::size_t bytes = four || operand == Operand::offset_and_name ? 4
-                                      : operand == Operand::index_16              ? 2
-                                      : operand == Operand::index_8               ? 1
-                                                                                  : 0;
-            d.operand = read(at, bytes);
-            at += bytes;
-            if (operand == Operand::name || operand == Operand::string || operand == Operand::offset_and_name)
-                at += text_size(at);
-            if (at > code_.size())
-                throw DSError("Internal error: Operand outside of the code");
-        }
-    }
-
-    std::uint32_t index_at(std::uint32_t offset) const {
-        const auto found = std::ranges::lower_bound(decoded_, offset, {}, &Decoded::offset);
-        return found != decoded_.end() && found->offset == offset ? static_cast<std::uint32_t>(found - decoded_.begin())
-                                                                  : none;
-    }
-
-    // Also counts the globals, and finds those that are assigned to.
-    void mark_targets() {
-        bool in_class = false;
-        bool declaring = true;
-        if (!decoded_.empty())
-            start_indices_.push_back(0);
-        for (const Decoded& d : decoded_) {
-            if (is_branch(d.opcode) && index_at(d.operand) != none)
-                decoded_[index_at(d.operand)].is_target = true;
-            if (d.opcode == Opcode::declare_function && index_at(d.operand) != none)
-                start_indices_.push_back(index_at(d.operand));
-            if (d.opcode == Opcode::push_global_ref)
-                assigned_globals_.push_back(d.operand);
-            declaring = declaring && d.opcode != Opcode::return_;
-            if (!declaring)
-                continue;
-            const bool is_declaration = d.opcode >= Opcode::import_ && d.opcode < Opcode::end_class;
-            result_.globals += is_declaration && !in_class ? 1 : 0;
-            in_class = d.opcode == Opcode::begin_class || (in_class && d.opcode != Opcode::end_class);
-        }
-        for (const std::uint32_t index : start_indices_)
-            decoded_[index].is_target = true;
-        std::ranges::sort(assigned_globals_);
-    }
-
-    bool is_fixed_global(const Decoded& d) const {
-        return d.opcode == Opcode::push_global && d.operand < result_.globals &&
-               !std::ranges::binary_search(assigned_globals_, d.operand);
-    }
-
-    // Nothing is known of what was on the stack at the start of a piece of code.
-    void pair_up() {
-        std::vector<std::uint32_t> pushed_by;
-        const auto taken = [&] {
-            if (pushed_by.empty())
-                return none;
-            const std::uint32_t by = pushed_by.back();
-            pushed_by.pop_back();
-            return by;
-        };
-        for (std::uint32_t i = 0; i < decoded_.size(); ++i) {
-            Decoded& d = decoded_[i];
-            if (d.is_target || !d.valid)
-                pushed_by.clear();
-            if (!d.valid)
-                continue;
-            const OpcodeInfo& info = info_of(d.opcode);
-            for (int pop = 1; pop <= info.pops; ++pop) {
-                const std::uint32_t by = taken();
-                if (by == none)
-                    continue;
-                const bool takes_place = d.opcode == Opcode::assign && pop == 2 && is_reference(decoded_[by].opcode);
-                const bool takes_global = d.opcode == Opcode::call && is_fixed_global(decoded_[by]);
-                const bool takes_method = d.opcode == Opcode::call && decoded_[by].opcode == Opcode::member;
-                if (takes_place || takes_global) {
-                    d.partner = by;
-                    decoded_[by].elided = true;
-                } else if (takes_method) {
-                    d.partner = by;
-                    decoded_[by].partner = i;
-                }
-            }
-            if (info.pushes > 0)
-                pushed_by.push_back(i);
-            if (is_branch(d.opcode) || d.opcode == Opcode::return_)
-                pushed_by.clear();
-        }
-    }
-
     std::optional<std::uint16_t> constant(ScriptClass& value_class, ScriptValue::Data data) {
         const auto key = std::pair(value_class.order(), data);
         const auto known = constant_indices_.find(key);
@@ -237,7 +92,7 @@ private:
     std::optional<Source> source_at(std::size_t i) {
         if (i >= decoded_.size() || !decoded_[i].valid || decoded_[i].elided)
             return std::nullopt;
-        const Decoded& d = decoded_[i];
+        const DecodedCode::Item& d = decoded_[i];
         const auto index = static_cast<std::uint16_t>(d.operand);
         switch (d.opcode) {
         case Opcode::push_local:
@@ -281,7 +136,7 @@ private:
         return continues_with(assignment, Opcode::assign) && decoded_[assignment].partner != none;
     }
     void set_result(Instruction& instruction, std::size_t assignment) const {
-        const Decoded& reference = decoded_[decoded_[assignment].partner];
+        const DecodedCode::Item& reference = decoded_[decoded_[assignment].partner];
         instruction.result_place = reference.opcode == Opcode::push_local_ref    ? ValuePlace::local
                                    : reference.opcode == Opcode::push_member_ref ? ValuePlace::member
                                                                                  : ValuePlace::global;
@@ -295,8 +150,8 @@ private:
             return true;
         return decoded_[i].opcode == Opcode::bra && leads_to_return(decoded_[i]);
     }
-    bool leads_to_return(const Decoded& branch) const {
-        const std::uint32_t target = index_at(branch.operand);
+    bool leads_to_return(const DecodedCode::Item& branch) const {
+        const std::uint32_t target = decoded_code_.index_at(branch.operand);
         return target != none && decoded_[target].valid && decoded_[target].opcode == Opcode::return_;
     }
 
@@ -367,7 +222,7 @@ private:
     }
 
     std::size_t emit_one(std::size_t i) {
-        const Decoded& d = decoded_[i];
+        const DecodedCode::Item& d = decoded_[i];
         if (d.elided)
             return i + 1;
         if (const auto source = source_at(i))
@@ -388,7 +243,7 @@ private:
     }
 
     void emit_plain(std::size_t i) {
-        const Decoded& d = decoded_[i];
+        const DecodedCode::Item& d = decoded_[i];
         if (!d.valid) {
             emit(Operation::other, i);
             return;
@@ -422,7 +277,7 @@ private:
         case Opcode::bra:
             if (leads_to_return(d))
                 emit(Operation::return_top, i);
-            else if (index_at(d.operand) != i + 1)
+            else if (decoded_code_.index_at(d.operand) != i + 1)
                 emit_jump(Operation::jump, i);
             break;
         case Opcode::brif:
@@ -479,11 +334,11 @@ private:
     void resolve_targets() {
         const std::vector<Instruction>& all = result_.instructions;
         for (const Waiting& waiting : waiting_) {
-            const std::uint32_t target = index_at(waiting.offset);
+            const std::uint32_t target = decoded_code_.index_at(waiting.offset);
             const std::uint32_t index = target == none ? none : emitted_[target];
             result_.instructions[waiting.instruction].target = index == none ? &all.back() : &all[index];
         }
-        for (const std::uint32_t index : start_indices_)
+        for (const std::uint32_t index : decoded_code_.starts)
             result_.starts.push_back({decoded_[index].offset, emitted_[index]});
         std::ranges::sort(result_.starts, {}, &InstructionCode::Start::offset);
     }
@@ -494,9 +349,8 @@ private:
     };
 
     std::span<const std::uint8_t> code_;
-    std::vector<Decoded> decoded_;
-    std::vector<std::uint32_t> start_indices_;
-    std::vector<std::uint32_t> assigned_globals_;
+    DecodedCode decoded_code_;
+    const std::vector<DecodedCode::Item>& decoded_ = decoded_code_.items;
     std::map<std::pair<std::uint32_t, ScriptValue::Data>, std::uint16_t> constant_indices_;
     /// From decoded to translated.
     std::vector<std::uint32_t> emitted_;

@@ -243,6 +243,8 @@ TEST_F(VM, endless_recursion_without_locals_ends_at_the_call_stack) {
 TEST_F(VM, faults_in_the_code_are_errors) {
     Assembler a;
     const std::pair<std::string, std::function<void()>> cases[] = {
+        {"Internal error: No such local",
+         [&] { a.op(resize, 9).op(push_local_ref, 8).op(resize, 1).number(1).op(assign); }},
         {"Internal error: No such global", [&] { a.op(push_global, 999); }},
         {"Internal error: No such global", [&] { a.op(push_global_ref, 999).op(deref); }},
         {"Internal error: No current object", [&] { a.op(push_member_ref, 0).op(deref); }},
