@@ -143,7 +143,7 @@ ScriptValue ScriptVM::ClassInstance::member(Data data, idstring id, bool must_ex
     const NestingGuard guard;
     if (const ScriptValue* const own = own_member(data, id))
         return *own;
-    if (id != names().super && id != names().type_string) {
+    if (id != names().super) {
         const ScriptValue* const super = own_member(data, names().super);
         if (super != nullptr && super->to_boolean())
             return extended(data).member(id, must_exist);
