@@ -70,12 +70,13 @@ enum class Operand : std::uint8_t {
     number,   ///< A float of 32 bits.
     offset,   ///< A code offset of 32 bits, counted from the start of the program.
     name,     ///< The name, a zero byte, zeros up to 5 bytes. At first execution the machine may rewrite it (below).
-    string,   ///< As a name, but may be empty and of any length, and stays as it is.
+    string,   ///< As a name, but may be empty and of any length. Those of 1 to 254 bytes are rewritten like names.
     offset_and_name, ///< Both, in this order.
 };
 
-/// A resolved name operand: byte 0 is 0, bytes 1 to 3 the number of the name (low byte first), byte 4 the length of the
-/// whole operand. A name is never empty, so that a first byte of 0 tells it from an unresolved one.
+/// A resolved operand: byte 0 is 0, bytes 1 to 3 the number of the name (low byte first), byte 4 the length of the whole
+/// operand. A name is never empty, so that a first byte of 0 tells it from an unresolved one. An empty string is five
+/// zeros, and no resolved operand has the length 0.
 constexpr std::size_t least_name_operand = 5;
 /// The length of a resolved operand must fit its byte, and one byte ends the name.
 constexpr std::size_t longest_name = 254;

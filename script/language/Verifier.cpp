@@ -86,6 +86,9 @@ private:
         const std::size_t length = std::max(static_cast<std::size_t>(zero - begin) + 1, least_name_operand);
         if (code_.size() - at < length)
             refuse(at, "operand cut off");
+        // An empty string with anything else would pass for a resolved one.
+        if (std::any_of(zero, begin + static_cast<std::ptrdiff_t>(length), [](std::uint8_t byte) { return byte != 0; }))
+            refuse(at, "filling that is not zero");
         return at + length;
     }
 

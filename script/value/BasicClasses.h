@@ -47,6 +47,13 @@ inline ScriptValue number_value(float value) {
 
 /// The float of a number. DSError for any other value: "Value is not of type <number>, it is of type <string>".
 float expect_number(const ScriptValue& value);
+inline bool is_number(const ScriptValue& value) {
+    return &value.value_class() == &number_class;
+}
+/// Of a value that is a number.
+inline float float_of(const ScriptValue& value) {
+    return std::bit_cast<float>(value.data());
+}
 
 /// A number counts as true when it is further from 0 than this.
 inline constexpr float number_truth_limit = 0.00005f;

@@ -103,10 +103,6 @@ const StringMethod* find_method(idstring id) {
     return found == ids.end() ? nullptr : &string_methods[static_cast<std::size_t>(found - ids.begin())];
 }
 
-bool is_number(const ScriptValue& value) {
-    return value.kind() == ClassKind::number;
-}
-
 } // namespace
 
 ScriptValue string_value(std::string text) {
@@ -221,6 +217,23 @@ ScriptValue ClassString::add(Data data, const ScriptValue& right) {
         return make(std::move(joined.append(left).append(tail)));
     }
     return make(left + right.to_string());
+}
+
+bool ClassString::append(Data left, const ScriptValue& right) {
+    // Another class may run anything to make its text, and see the string.
+    if (pool_.count(left) != 1 || right.kind() > ClassKind::string)
+        return false;
+    const auto append_text = [&](const std::string& tail) {
+        check_string_size(text(left).size() + tail.size());
+        Record& record = pool_[left];
+        record.text.append(tail);
+        record.state = State::text_only;
+    };
+    if (right.kind() == ClassKind::string)
+        append_text(text(right.data()));
+    else
+        append_text(right.to_string());
+    return true;
 }
 
 ScriptValue ClassString::multiply(Data data, const ScriptValue& right) {

@@ -8,7 +8,7 @@
 namespace kst::script {
 
 /// "<string>": the data word is the index of a record that holds a text, or an identifier, or both. The one comes from
-/// the other when somebody asks for it. Strings never change.
+/// the other when somebody asks for it. Strings that others hold never change.
 ///
 /// Texts are UTF-8; `size`, positions and counts of the methods are in 16-bit units.
 class ClassString final : public ScriptClass {
@@ -38,6 +38,9 @@ public:
     ScriptValue multiply(Data data, const ScriptValue& right) override;
     bool less(Data data, const ScriptValue& other) override;
     std::string type_name(Data) override { return "<string>"; }
+    /// Makes `left + right` of the left string itself, which nobody may see happen: false, and nothing done, unless the
+    /// caller holds the one reference to it, and the right side is one of the simple classes. Throws as `make` does, with the string as it was.
+    bool append(Data left, const ScriptValue& right);
     /// Equal texts; compares numbers where both identifiers are known.
     bool same_text(Data left, Data right);
 

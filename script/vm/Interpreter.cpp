@@ -1,664 +1,429 @@
 #include "script/vm/Interpreter.h"
 
-#include <cmath>
-#include <cstring>
-
 #include "script/value/BasicClasses.h"
-#include "script/value/ClassString.h"
-#include "script/value/NestingGuard.h"
-#include "script/value/names.h"
+#include "script/vm/NumberOperations.h"
 #include "script/vm/ObjectClasses.h"
 #include "script/vm/ProgramRegistry.h"
-#include "script/vm/ReferenceClasses.h"
 #include "script/vm/ScriptedClass.h"
+
+// The functions within the loop work on its variables, which live in registers as long as none of them is called for
+// real.
+#define IN_LOOP __attribute__((always_inline))
+
+/// The three forms of an operation on numbers.
+#define NUMBER_CASES(name, kind, function) \
+    case Operation::name##_ss:             \
+        kind(function, both_on_stack);     \
+        break;                             \
+    case Operation::name##_sp:             \
+        kind(function, left_on_stack);     \
+        break;                             \
+    case Operation::name##_pp:             \
+        kind(function, both_in_places);    \
+        break;
 
 namespace kst::script {
 
-namespace {
-
-/// Identifiers above this do not fit a resolved operand, which then stays text.
-constexpr idstring longest_resolved = 0xffffff;
-
-std::uint32_t read_16(const std::uint8_t* p) {
-    return p[0] | static_cast<std::uint32_t>(p[1]) << 8;
-}
-
-std::uint32_t read_24(const std::uint8_t* p) {
-    return read_16(p) | static_cast<std::uint32_t>(p[2]) << 16;
-}
-
-std::uint32_t read_32(const std::uint8_t* p) {
-    return read_24(p) | static_cast<std::uint32_t>(p[3]) << 24;
-}
-
-bool is_number(const ScriptValue& value) {
-    return &value.value_class() == &number_class;
-}
-
-float float_of(const ScriptValue& value) {
-    return std::bit_cast<float>(value.data());
-}
-
-std::size_t operand_size(std::size_t text_size) {
-    return std::max(text_size + 1, least_name_operand);
-}
-
-/// Puts the identifier in the place of the text, if both it and the operand's length fit.
-void resolve_operand(std::uint8_t* operand, std::size_t text_size, idstring id) {
-    if (text_size > longest_name || id > longest_resolved)
-        return;
-    const auto number = static_cast<std::uint32_t>(id);
-    operand[0] = 0;
-    operand[1] = static_cast<std::uint8_t>(number);
-    operand[2] = static_cast<std::uint8_t>(number >> 8);
-    operand[3] = static_cast<std::uint8_t>(number >> 16);
-    operand[4] = static_cast<std::uint8_t>(operand_size(text_size));
-}
-
-bool less(const ScriptValue& a, const ScriptValue& b) {
-    return is_number(a) && is_number(b) ? float_of(a) < float_of(b) : a.less(b);
-}
-
-bool equal(const ScriptValue& a, const ScriptValue& b) {
-    if (a.kind() == ClassKind::string && b.kind() == ClassKind::string)
-        return a.identical(b) || ClassString::instance().same_text(a.data(), b.data());
-    return a.equals(b);
-}
-
-bool is_arithmetic(Opcode opcode) {
-    return opcode >= Opcode::add && opcode <= Opcode::div;
-}
-bool is_comparison(Opcode opcode) {
-    return opcode >= Opcode::lt && opcode <= Opcode::ne;
-}
-bool is_operator(Opcode opcode) {
-    return is_arithmetic(opcode) || is_comparison(opcode);
-}
-
-float calculate(Opcode opcode, float left, float right) {
-    switch (opcode) {
-    case Opcode::add:
-        return left + right;
-    case Opcode::sub:
-        return left - right;
-    case Opcode::mul:
-        return left * right;
-    default:
-        return left / right;
-    }
-}
-
-/// By `less` alone, as for all values: a NaN is neither less nor greater than anything, and so equal to it.
-bool compare_numbers(Opcode opcode, float left, float right) {
-    switch (opcode) {
-    case Opcode::lt:
-        return left < right;
-    case Opcode::le:
-        return !(right < left);
-    case Opcode::gt:
-        return right < left;
-    case Opcode::ge:
-        return !(left < right);
-    case Opcode::eq:
-        return !(left < right) && !(right < left);
-    default:
-        return left < right || right < left;
-    }
-}
-
-} // namespace
-
-void Interpreter::run(Entry entry, Arguments arguments, std::uint32_t results) {
-    const NestingGuard guard;
-    ScriptStacks& stacks = ScriptStacks::instance();
-    if (stacks.frame_count == 0)
-        stacks.call_count = 0;
-    const std::uint32_t frames = stacks.frame_count;
-    const std::uint32_t values = stacks.values.count();
-    const std::uint32_t locals = stacks.locals.count();
-    const auto unwind = [&] {
-        stacks.cut_frames_to(frames);
-        stacks.values.cut_to(values);
-        stacks.locals.cut_to(locals);
-    };
-    Interpreter interpreter(stacks);
-    try {
-        for (const ScriptValue& argument : arguments)
-            stacks.locals.push(ScriptValue(argument));
-        interpreter.enter(std::move(entry), nullptr, locals, results, stacks.call_count);
-        interpreter.execute();
-    } catch (const DSError& error) {
-        unwind();
-        throw VMError(error.what(), interpreter.instruction_);
-    } catch (...) {
-        unwind();
-        throw;
-    }
-}
-
-ScriptValue Interpreter::call(Entry entry, Arguments arguments) {
-    run(std::move(entry), arguments, 1);
-    return ScriptVM::take_result();
-}
-
-void Interpreter::enter(Entry&& entry, std::uint8_t* return_address, std::uint32_t local_base, std::uint32_t results,
-                        std::uint32_t call_depth) {
-    if (entry.offset >= entry.vm->code_.size())
-        fail("Internal error: Offset outside of the code");
-    Frame& frame = stacks_.push_frame();
-    frame.vm = entry.vm;
-    frame.return_address = return_address;
-    frame.local_base = local_base;
-    frame.value_base = values_.count();
-    frame.results = results;
-    frame.call_depth = call_depth;
-    frame.current_class = entry.current_class;
-    frame.object = entry.object;
-    frame.callee.swap(entry.callee); // both are void in an unused frame
-    frame.self.swap(entry.self);
-    if (return_address == nullptr) {
-        first_frame_ = stacks_.frame_count - 1;
-        destroyed_seen_ = stacks_.destroyed_programs;
-    }
-    load_frame();
-    ip_ = code_ + entry.offset;
-    instruction_ = ip_;
-}
-
-void Interpreter::load_frame() {
-    const Frame& frame = stacks_.current();
-    vm_ = frame.vm;
-    code_ = vm_->code_start();
-    local_base_ = frame.local_base;
-    value_base_ = frame.value_base;
-}
-
-bool Interpreter::leave() {
-    const Frame& frame = stacks_.current();
-    std::uint8_t* const return_address = frame.return_address;
-    values_.resize(frame.value_base + frame.results);
-    locals_.cut_to(frame.local_base);
-    stacks_.call_count = frame.call_depth;
-    stacks_.pop_frame();
-    if (return_address == nullptr)
-        return true;
-    load_frame();
-    ip_ = return_address;
-    return false;
-}
-
-void Interpreter::spend_budget() {
-    if (stacks_.jump_budget == 0)
-        fail("Script error: instruction budget used up");
-    --stacks_.jump_budget;
-}
-
-void Interpreter::call_top(std::uint32_t argument_count) {
-    need(1);
-    if (locals_.count() - local_base_ < argument_count)
-        fail("Internal error: Too few arguments on the local stack");
-    spend_budget();
-    const std::uint32_t call_depth = stacks_.call_count;
-    stacks_.push_call(instruction_);
-    ScriptValue callee = values_.pop();
-    const std::uint32_t local_base = locals_.count() - argument_count;
-    if (callee.kind() == ClassKind::function) {
-        const ProgramRegistry::Entry& function = ProgramRegistry::instance()[callee.data()];
-        if (function.vm == nullptr)
-            fail("Program containing function has been destroyed");
-        enter({function.vm, function.offset, std::move(callee)}, ip_, local_base, 1, call_depth);
-    } else if (callee.kind() == ClassKind::method) {
-        auto& methods = ScriptVM::ClassMethod::instance();
-        auto& scripted_class = methods.class_of(callee.data());
-        const auto method = methods.record(callee.data());
-        enter({&scripted_class.vm(), method.offset, std::move(callee), &scripted_class, method.object,
-               scripted_class.instance_of(method.object)},
-              ip_, local_base, 1, call_depth);
-    } else {
-        call_native(callee, argument_count, call_depth);
-    }
-}
-
-// The arguments stay where they are, below whatever the callee runs, and go after it.
-void Interpreter::call_native(const ScriptValue& callee, std::uint32_t argument_count, std::uint32_t call_depth) {
-    const std::uint32_t local_base = locals_.count() - argument_count;
-    ScriptValue result = callee.call(locals_.last(argument_count));
-    check_programs();
-    locals_.cut_to(local_base);
-    stacks_.call_count = call_depth;
-    values_.push(std::move(result));
-}
-
-// A native callee may have destroyed the very programs that wait for it.
-void Interpreter::check_programs() {
-    if (destroyed_seen_ == stacks_.destroyed_programs)
-        return;
-    for (std::uint32_t i = first_frame_; i < stacks_.frame_count; ++i)
-        if (!ScriptVM::is_live(stacks_.frames[i].vm))
-            fail("Program containing function has been destroyed");
-    destroyed_seen_ = stacks_.destroyed_programs;
-}
-
-idstring Interpreter::read_name() {
-    if (*ip_ == 0) {
-        const auto id = static_cast<idstring>(read_24(ip_ + 1));
-        ip_ += ip_[4];
-        return id;
-    }
-    const std::string_view text(reinterpret_cast<const char*>(ip_));
-    const idstring id = intern(text);
-    const std::size_t text_size = text.size();
-    resolve_operand(ip_, text_size, id);
-    ip_ += operand_size(text_size);
-    return id;
-}
-
-// As a name, but it may be empty (five zeros: a resolved operand is never of length 0) and of any length.
-void Interpreter::push_string_literal() {
-    if (*ip_ == 0 && ip_[4] == 0) {
-        ip_ += least_name_operand;
-        values_.push(string_value({}));
-        return;
-    }
-    const std::string_view text(reinterpret_cast<const char*>(ip_));
-    if (text.size() > longest_name) {
-        ip_ += operand_size(text.size());
-        values_.push(string_value(std::string(text)));
-        return;
-    }
-    values_.push(id_value(read_name()));
-}
-
-void Interpreter::need(std::uint32_t count) const {
-    if (values_.count() - value_base_ < count)
-        fail("Internal error: Value stack is empty");
-}
-
-ScriptValue& Interpreter::local(std::uint32_t index) {
-    if (locals_.count() - local_base_ <= index)
-        fail("Internal error: No such local");
-    return locals_[local_base_ + index];
-}
-
-ScriptValue& Interpreter::global(std::uint32_t index) {
-    if (index >= vm_->globals_.size())
-        fail("Internal error: No such global");
-    return vm_->globals_[index];
-}
-
-ScriptValue& Interpreter::member_of_current(std::uint32_t index) {
-    const Frame& frame = stacks_.current();
-    if (frame.current_class == nullptr)
-        fail("Internal error: No current object");
-    std::vector<ScriptValue>& members = frame.current_class->members(frame.object);
-    if (index >= members.size())
-        fail("Internal error: No such member");
-    return members[index];
-}
-
-void Interpreter::arithmetic(Opcode opcode) {
-    const ScriptValue right = values_.pop();
-    const ScriptValue left = values_.pop();
-    switch (opcode) {
-    case Opcode::add:
-        return values_.push(left.add(right));
-    case Opcode::sub:
-        return values_.push(left.subtract(right));
-    case Opcode::mul:
-        // A number may multiply whatever knows how to be multiplied by one.
-        return values_.push(is_number(left) ? right.multiply(left) : left.multiply(right));
-    default:
-        return values_.push(left.divide(right));
-    }
-}
-
-void Interpreter::number_arithmetic(Opcode opcode) {
-    const float right = values_.pop().to_number();
-    const float left = values_.pop().to_number();
-    switch (opcode) {
-    case Opcode::add_numbers:
-        return values_.push(number_value(left + right));
-    case Opcode::sub_numbers:
-        return values_.push(number_value(left - right));
-    case Opcode::mul_numbers:
-        return values_.push(number_value(left * right));
-    case Opcode::div_numbers:
-        return values_.push(number_value(left / right));
-    default:
-        return values_.push(number_value(std::fmod(left, right)));
-    }
-}
-
-bool Interpreter::compare(Opcode opcode, const ScriptValue& left, const ScriptValue& right) {
-    switch (opcode) {
-    case Opcode::lt:
-        return less(left, right);
-    case Opcode::le:
-        return !less(right, left);
-    case Opcode::gt:
-        return less(right, left);
-    case Opcode::ge:
-        return !less(left, right);
-    case Opcode::eq:
-        return equal(left, right);
-    default:
-        return !equal(left, right);
-    }
-}
-
-void Interpreter::convert(Opcode opcode) {
-    const ScriptValue value = values_.pop();
-    if (opcode == Opcode::cnv_number)
-        values_.push(number_value(value.to_number()));
-    else if (opcode == Opcode::cnv_boolean)
-        values_.push(boolean_value(value.to_boolean()));
-    else
-        values_.push(value.kind() == ClassKind::string ? ScriptValue(value) : string_value(value.to_string()));
-}
-
-void Interpreter::read_member(idstring id) {
-    const ScriptValue object = values_.pop();
-    if (object.kind() == ClassKind::instance && id != names().extension && id != names().member)
-        if (const ScriptValue* const own = ScriptVM::ClassInstance::instance().own_member(object.data(), id))
-            return values_.push(ScriptValue(*own));
-    values_.push(object.member(id, /*must_exist=*/true));
-    check_programs(); // `super` may have called anything
-}
-
-void Interpreter::assign() {
-    ScriptValue value = values_.pop();
-    const ScriptValue place = values_.pop();
-    if (place.kind() == ClassKind::local_ref && place.data() < locals_.count())
-        locals_[place.data()] = std::move(value);
-    else if (&place.value_class() == vm_->global_ref_class_ && place.data() < vm_->globals_.size())
-        vm_->globals_[place.data()] = std::move(value);
-    else if (place.kind() == ClassKind::member_ref)
-        member_of_current(place.data()) = std::move(value);
-    else
-        place.set(value);
-    check_programs();
-}
-
-void Interpreter::dereference() {
-    const ClassKind kind = values_.top().kind();
-    if (kind < ClassKind::local_ref)
-        return; // stands for itself
-    const ScriptValue value = values_.pop();
-    values_.push(value.clone());
-}
-
-bool Interpreter::pop_boolean() {
-    ScriptValue& top = values_.top();
-    const ClassKind kind = top.kind();
-    if (kind > ClassKind::number)
-        return values_.pop().to_boolean();
-    const bool result = kind == ClassKind::number ? number_truth(float_of(top)) : top.data() != 0;
-    values_.forget_top();
-    return result;
-}
-
-// The commonest instructions on the commonest values stand here; all else is in the functions above. The position is a
-// local variable, which lives in a register, and is handed over where a function reads or changes it.
-//
-// Numbers take short cuts over several instructions: an operand that the next instruction would take off the stack
-// again is not put there, nor is a result that is tested, stored or passed on at once:
-//
-//   push a, push b, lt, brifn      one step, nothing on the stack
-//   push a, push 1, sub, param     one step, straight to the local stack
-//
-// Each instruction still stands on its own, for whoever jumps into the middle, and whenever a short cut does not apply.
+// The variables: the instruction, the ends of the two stacks. A value that owns nothing is written and forgotten without
+// a look at its class's functions; everything else is a step.
 void Interpreter::execute() {
-    std::uint8_t* ip = ip_;
-    const auto next_opcode = [&](std::size_t ahead) { return static_cast<Opcode>(ip[ahead]); };
-    const auto top_is_number = [&] { return values_.count() > value_base_ && is_number(values_.top()); };
-    const auto jump_to_operand = [&] {
-        const std::uint32_t target = read_32(ip);
-        if (target >= vm_->code_.size())
-            fail("Internal error: Branch outside of the code");
-        if (code_ + target <= ip)
-            spend_budget();
-        ip = code_ + target;
+    const Instruction* ip = ip_;
+    ScriptValue* sp = values_.end();
+    ScriptValue* locals_end = locals_.end();
+    const ScriptValue* const values_limit = values_.limit();
+    const ScriptValue* const locals_limit = locals_.limit();
+
+    auto& instances = ScriptVM::ClassInstance::instance();
+    ProgramRegistry& registry = ProgramRegistry::instance();
+    auto& called_instances = ScriptVM::ClassCalledInstance::instance();
+
+    const auto hand_over = [&]() IN_LOOP {
+        ip_ = ip;
+        instruction_ = vm_->code_.data() + ip->offset;
+        values_.set_end(sp);
+        locals_.set_end(locals_end);
     };
-    // To where the next instruction wants the number.
-    const auto deliver_number = [&](float result) {
-        if (next_opcode(0) == Opcode::assign && values_.count() > value_base_ &&
-            values_.top().kind() == ClassKind::local_ref && values_.top().data() < locals_.count()) {
-            ScriptValue& place = locals_[values_.top().data()];
-            if (!place.value_class().counted()) {
-                place.overwrite(number_class, number_bits(result));
-                values_.forget_top();
-                ++ip;
-                return;
-            }
+    const auto take_back = [&]() IN_LOOP {
+        ip = ip_;
+        sp = values_.end();
+        locals_end = locals_.end();
+    };
+    const auto call_step = [&](auto&& work) IN_LOOP {
+        hand_over();
+        work();
+        check_programs();
+        take_back();
+    };
+    const auto step = [&](auto&& work) IN_LOOP {
+        call_step(work);
+        ++ip;
+    };
+    const auto place = [&](ValuePlace where, std::uint32_t index)
+                           IN_LOOP -> ScriptValue& { return bases_[static_cast<std::size_t>(where)][index]; };
+    const auto add_reference = [&](const ScriptValue& value) IN_LOOP {
+        if (&value.value_class() == &instances)
+            instances.add_ref(value.data());
+        else if (value.value_class().counted())
+            value.value_class().add_ref(value.data());
+    };
+    const auto push_copy = [&](const ScriptValue& value) IN_LOOP {
+        if (sp == values_limit) {
+            hand_over();
+            values_.overflow();
         }
-        if (next_opcode(0) == Opcode::param) {
-            locals_.push(number_value(result));
-            ++ip;
+        add_reference(value);
+        sp->overwrite(value.value_class(), value.data());
+        ++sp;
+    };
+    // For what is off the stacks already.
+    const auto release_owned = [&](ScriptClass& value_class, ScriptClass::Data data) IN_LOOP {
+        if (&value_class == &instances && instances.release_shared(data))
             return;
-        }
-        values_.push(number_value(result));
+        call_step([&] { value_class.release(data); });
     };
-    const auto deliver_boolean = [&](bool result) {
-        const Opcode next = next_opcode(0);
-        if (next != Opcode::brif && next != Opcode::brifn)
-            return values_.push(boolean_value(result));
-        ++ip;
-        if (result == (next == Opcode::brif))
-            jump_to_operand();
+    const auto release = [&](const ScriptValue& value) IN_LOOP {
+        if (value.value_class().counted())
+            release_owned(value.value_class(), value.data());
+    };
+    const auto append_local = [&](ScriptClass& value_class, ScriptValue::Data data) IN_LOOP {
+        if (locals_end == locals_limit) {
+            hand_over();
+            locals_.overflow();
+        }
+        locals_end->overwrite(value_class, data);
+        ++locals_end;
+    };
+    const auto jump = [&]() IN_LOOP {
+        const Instruction* const target = ip->target;
+        if (target <= ip) {
+            if (stacks_.jump_budget == 0)
+                hand_over();
+            spend_budget();
+        }
+        ip = target;
+    };
+    const auto number_operands = [&](auto form, const ScriptValue*& left, const ScriptValue*& right) IN_LOOP {
+        if constexpr (form() == Form::ss)
+            right = sp - 1;
         else
-            ip += 4;
-    };
-    // `ip` stands behind the operator.
-    const auto operate = [&](Opcode opcode, float left, float right) {
-        if (is_arithmetic(opcode))
-            deliver_number(calculate(opcode, left, right));
+            right = &place(ip->right_place, ip->right);
+        if constexpr (form() == Form::ss)
+            left = sp - 2;
+        else if constexpr (form() == Form::sp)
+            left = sp - 1;
         else
-            deliver_boolean(compare_numbers(opcode, left, right));
+            left = &place(ip->left_place, ip->left);
+        return is_number(*left) && is_number(*right);
     };
-    // The next instruction may be the operator, with its left side on the stack ...
-    const auto try_as_right_side = [&](float right) {
-        const Opcode opcode = next_opcode(0);
-        if (!is_operator(opcode) || !top_is_number())
-            return false;
-        const float left = float_of(values_.top());
-        values_.forget_top();
-        ++ip;
-        operate(opcode, left, right);
-        return true;
-    };
-    // ... or the right side, with the operator behind it.
-    const auto try_as_left_side = [&](float left) {
-        float right = 0;
-        std::size_t size = 0;
-        if (next_opcode(0) == Opcode::push_number) {
-            right = std::bit_cast<float>(read_32(ip + 1));
-            size = 5;
-        } else if (next_opcode(0) == Opcode::push_local && ip[1] < locals_.count() - local_base_ &&
-                   is_number(locals_[local_base_ + ip[1]])) {
-            right = float_of(locals_[local_base_ + ip[1]]);
-            size = 2;
-        } else {
-            return false;
-        }
-        const Opcode opcode = next_opcode(size);
-        if (!is_operator(opcode))
-            return false;
-        ip += size + 1;
-        operate(opcode, left, right);
-        return true;
-    };
-    for (;;) {
-        instruction_ = ip;
-        const auto opcode = static_cast<Opcode>(*ip++);
-        switch (opcode) {
-        case Opcode::return_:
-            if (leave())
-                return;
-            ip = ip_;
-            break;
-        case Opcode::import_:
-            ip_ = ip;
-            vm_->declare_import(read_name());
-            ip = ip_;
-            check_programs();
-            break;
-        case Opcode::declare_object:
-            ip_ = ip;
-            vm_->declare_object(read_name());
-            ip = ip_;
-            break;
-        case Opcode::declare_function:
-            ip_ = ip + 4;
-            vm_->declare_function(read_name(), read_32(ip));
-            ip = ip_;
-            break;
-        case Opcode::begin_class:
-            ip_ = ip;
-            vm_->begin_class(read_name());
-            ip = ip_;
-            break;
-        case Opcode::end_class:
-            vm_->end_class();
-            break;
-        case Opcode::push_number:
-            ip += 4;
-            if (!try_as_right_side(std::bit_cast<float>(read_32(ip - 4))))
-                values_.push(ScriptValue::adopt(number_class, read_32(ip - 4)));
-            break;
-        case Opcode::push_string:
-            ip_ = ip;
-            push_string_literal();
-            ip = ip_;
-            break;
-        case Opcode::push_true:
-        case Opcode::push_false:
-            values_.push(boolean_value(opcode == Opcode::push_true));
-            break;
-        case Opcode::push_void:
-            values_.push({});
-            break;
-        case Opcode::push_this:
-            values_.push(ScriptValue(stacks_.current().self));
-            break;
-        case Opcode::push_global:
-            values_.push(ScriptValue(global(read_16(ip))));
-            ip += 2;
-            break;
-        case Opcode::push_global_ref:
-            values_.push({*vm_->global_ref_class_, read_16(ip)});
-            ip += 2;
-            break;
-        case Opcode::push_member:
-            values_.push(ScriptValue(member_of_current(*ip++)));
-            break;
-        case Opcode::push_member_ref:
-            values_.push(ScriptValue::adopt(ScriptVM::ClassCurrentClassMemberRef::instance(), *ip++));
-            break;
-        case Opcode::push_local: {
-            const ScriptValue& value = local(*ip++);
-            if (!is_number(value))
-                values_.push(ScriptValue(value));
-            else if (const float number = float_of(value); !try_as_right_side(number) && !try_as_left_side(number))
-                deliver_number(number);
-            break;
-        }
-        case Opcode::push_local_ref:
-            values_.push(ScriptValue::adopt(ScriptVM::ClassLocalRef::instance(), local_base_ + *ip++));
-            break;
-        case Opcode::cnv_number:
-        case Opcode::cnv_string:
-        case Opcode::cnv_boolean:
-            need(1);
-            convert(opcode);
-            break;
-        case Opcode::pop:
-        case Opcode::pop_again:
-            need(1);
-            values_.pop();
-            break;
-        case Opcode::add:
-        case Opcode::sub:
-        case Opcode::mul:
-        case Opcode::div:
-        case Opcode::lt:
-        case Opcode::le:
-        case Opcode::eq:
-        case Opcode::ge:
-        case Opcode::gt:
-        case Opcode::ne:
-            need(2);
-            if (is_number(values_.second()) && is_number(values_.top())) {
-                const float right = float_of(values_.top());
-                const float left = float_of(values_.second());
-                values_.forget_top();
-                values_.forget_top();
-                operate(opcode, left, right);
-            } else if (is_arithmetic(opcode)) {
-                arithmetic(opcode);
-            } else {
-                const ScriptValue right = values_.pop();
-                const ScriptValue left = values_.pop();
-                deliver_boolean(compare(opcode, left, right));
+    const auto taken_by = [](auto form) IN_LOOP { return form() == Form::ss ? 2 : form() == Form::sp ? 1 : 0; };
+    const auto arithmetic = [&](auto operation, auto form) IN_LOOP {
+        const ScriptValue* left = nullptr;
+        const ScriptValue* right = nullptr;
+        if (!number_operands(form, left, right))
+            return step([&] { binary(); });
+        const float result = operation(float_of(*left), float_of(*right));
+        if (ip->result_place == ValuePlace::stack) {
+            if constexpr (form() == Form::pp) {
+                if (sp == values_limit) {
+                    hand_over();
+                    values_.overflow();
+                }
             }
+            sp -= taken_by(form);
+            sp->overwrite(number_class, number_bits(result));
+            ++sp;
+        } else if (ip->result_place == ValuePlace::argument) {
+            append_local(number_class, number_bits(result));
+            sp -= taken_by(form);
+        } else {
+            ScriptValue& target = place(ip->result_place, ip->result);
+            if (target.value_class().counted())
+                return step([&] { binary(); });
+            sp -= taken_by(form);
+            target.overwrite(number_class, number_bits(result));
+        }
+        ++ip;
+    };
+    const auto branch = [&](auto comparison, auto form) IN_LOOP {
+        const ScriptValue* left = nullptr;
+        const ScriptValue* right = nullptr;
+        bool holds = false;
+        if (number_operands(form, left, right)) {
+            holds = comparison(float_of(*left), float_of(*right));
+            sp -= taken_by(form);
+        } else {
+            call_step([&] { holds = compare_operands(); });
+        }
+        if (holds)
+            jump();
+        else
+            ++ip;
+    };
+    const auto branch_on_top = [&](bool wanted) IN_LOOP {
+        bool is_true = false;
+        if (const ClassKind kind = sp[-1].kind(); kind <= ClassKind::boolean) {
+            --sp;
+            is_true = kind == ClassKind::boolean && sp->data() != 0;
+        } else {
+            call_step([&] { is_true = pop_boolean(); });
+        }
+        if (is_true == wanted)
+            jump();
+        else
+            ++ip;
+    };
+    // Moves on to the start of a function that is called here. Its arguments are on the local stack.
+    const auto enter_function = [&](ScriptVM& vm, const Instruction* start, Frame*& frame) IN_LOOP {
+        if (stacks_.jump_budget == 0 || stacks_.call_count == stack_size ||
+            stacks_.frame_count == ScriptStacks::frame_limit)
+            return false;
+        --stacks_.jump_budget;
+        frame = &stacks_.frames[stacks_.frame_count++];
+        frame->vm = &vm;
+        frame->return_to = ip + 1;
+        frame->locals = locals_end - ip->count;
+        frame->values = sp;
+        frame->call_depth = stacks_.call_count;
+        stacks_.calls[stacks_.call_count++] = vm_->code_.data() + ip->offset;
+        // A function begins with its frame's size, which often is what it was given.
+        const bool sized = start->operation == Operation::resize && start->count == ip->count;
+        bases_[static_cast<std::size_t>(ValuePlace::local)] = frame->locals;
+        if (vm_ != &vm) {
+            vm_ = &vm;
+            bases_[static_cast<std::size_t>(ValuePlace::global)] = vm.globals_.data();
+            bases_[static_cast<std::size_t>(ValuePlace::constant)] = vm.run_code_->constants.data();
+        }
+        ip = sized ? start + 1 : start;
+        return true;
+    };
+    const auto call_function = [&](const ScriptValue& callee) IN_LOOP {
+        if (callee.kind() != ClassKind::function)
+            return false;
+        const ProgramRegistry::Entry& function = registry[callee.data()];
+        Frame* frame = nullptr;
+        if (function.vm == nullptr || !enter_function(*function.vm, function.start, frame))
+            return false;
+        frame->current_class = nullptr;
+        frame->members = nullptr;
+        return true;
+    };
+    // True at the end of the run. The result, if there is one, is on the value stack.
+    const auto leave_function = [&]() IN_LOOP {
+        Frame& frame = stacks_.current();
+        if (frame.return_to == nullptr || sp != frame.values + 1) {
+            hand_over();
+            if (leave())
+                return true;
+            take_back();
+            return false;
+        }
+        while (locals_end != frame.locals) {
+            --locals_end;
+            release(*locals_end);
+        }
+        stacks_.call_count = frame.call_depth;
+        ip = frame.return_to;
+        --stacks_.frame_count;
+        const Frame& caller = stacks_.current();
+        bases_[static_cast<std::size_t>(ValuePlace::local)] = caller.locals;
+        bases_[static_cast<std::size_t>(ValuePlace::member)] = caller.members;
+        if (vm_ != caller.vm) {
+            vm_ = caller.vm;
+            bases_[static_cast<std::size_t>(ValuePlace::global)] = vm_->globals_.data();
+            bases_[static_cast<std::size_t>(ValuePlace::constant)] = vm_->run_code_->constants.data();
+        }
+        if (!frame.self.is_void()) {
+            const ScriptClass::Data self = frame.self.data();
+            frame.self.overwrite(void_class, 0);
+            release_owned(instances, self);
+        }
+        // A call's result is often made a plain value, and often is one.
+        if (ip->operation == Operation::deref && is_number(sp[-1]))
+            ++ip;
+        return false;
+    };
+
+    const auto resize_frame = [&]() IN_LOOP {
+        ScriptValue* const wanted = bases_[static_cast<std::size_t>(ValuePlace::local)] + ip->count;
+        if (wanted > locals_limit)
+            return step([&] { set_frame_size(ip->count); });
+        while (locals_end < wanted) {
+            locals_end->overwrite(void_class, 0);
+            ++locals_end;
+        }
+        while (locals_end > wanted) {
+            --locals_end;
+            release(*locals_end);
+        }
+        ++ip;
+    };
+    // The class of an object, if the member is known in it.
+    const auto known_class = [&](ScriptClass::Data object) IN_LOOP {
+        ScriptVM::ScriptedClassBase* const scripted_class = instances.class_of(object);
+        return scripted_class != nullptr && scripted_class->serial() == ip->site->class_serial ? scripted_class
+                                                                                               : nullptr;
+    };
+    const auto read_known_member = [&]() IN_LOOP {
+        if (&sp[-1].value_class() != &instances)
+            return false;
+        const ScriptClass::Data object = sp[-1].data();
+        ScriptVM::ScriptedClassBase* const scripted_class = known_class(object);
+        if (scripted_class == nullptr)
+            return false;
+        const ScriptValue& value = scripted_class->members(instances.object_of(object))[ip->site->index];
+        add_reference(value);
+        sp[-1].overwrite(value.value_class(), value.data());
+        release_owned(instances, object);
+        ++ip;
+        return true;
+    };
+    const auto invoke_known_method = [&]() IN_LOOP {
+        if (&sp[-1].value_class() != &called_instances)
+            return false;
+        const ScriptClass::Data self = sp[-1].data();
+        ScriptVM::ScriptedClassBase* const scripted_class = known_class(self);
+        if (scripted_class == nullptr)
+            return false;
+        --sp;
+        Frame* frame = nullptr;
+        if (!enter_function(scripted_class->vm(), ip->site->start, frame)) {
+            ++sp;
+            return false;
+        }
+        frame->current_class = scripted_class;
+        frame->object = instances.object_of(self);
+        frame->members = scripted_class->members(frame->object).data();
+        frame->self.overwrite(instances, self);
+        bases_[static_cast<std::size_t>(ValuePlace::member)] = frame->members;
+        return true;
+    };
+
+    for (;;) {
+        switch (ip->operation) {
+        case Operation::other:
+            step([&] { other(); });
             break;
-        case Opcode::mod:
-        case Opcode::add_numbers:
-        case Opcode::sub_numbers:
-        case Opcode::mul_numbers:
-        case Opcode::div_numbers:
-            need(2);
-            number_arithmetic(opcode);
-            break;
-        case Opcode::negate:
-            need(1);
-            values_.push(number_value(-values_.pop().to_number()));
-            break;
-        case Opcode::resize:
-            if (locals_.count() != local_base_ + *ip)
-                locals_.resize(local_base_ + *ip);
+        case Operation::push_place:
+            push_copy(place(ip->left_place, ip->left));
             ++ip;
             break;
-        case Opcode::assign:
-            need(2);
-            assign();
+        case Operation::push_string:
+            step([&] { push_string(); });
             break;
-        case Opcode::bra:
-            jump_to_operand();
+        case Operation::push_this:
+            push_copy(stacks_.current().self);
+            ++ip;
             break;
-        case Opcode::brif:
-        case Opcode::brifn:
-            need(1);
-            if (pop_boolean() == (opcode == Opcode::brif))
-                jump_to_operand();
+        case Operation::pop:
+            --sp;
+            release(*sp);
+            ++ip;
+            break;
+        case Operation::deref:
+            if (sp[-1].kind() < ClassKind::local_ref)
+                ++ip; // stands for itself
             else
-                ip += 4;
+                step([&] { values_.push(values_.pop().clone()); });
             break;
-        case Opcode::member: {
-            need(1);
-            ip_ = ip;
-            const idstring id = read_name();
-            ip = ip_;
-            read_member(id);
+        case Operation::store: {
+            const bool from_stack = ip->left_place == ValuePlace::stack;
+            const ScriptValue& value = from_stack ? sp[-1] : place(ip->left_place, ip->left);
+            ScriptValue& target = place(ip->result_place, ip->result);
+            if (target.value_class().counted()) {
+                step([&] { store(); });
+                break;
+            }
+            if (from_stack) {
+                target.overwrite(value.value_class(), value.data());
+                --sp;
+            } else {
+                add_reference(value);
+                target.overwrite(value.value_class(), value.data());
+            }
+            ++ip;
             break;
         }
-        case Opcode::call: {
-            ip_ = ip + 1;
-            call_top(*ip);
-            ip = ip_;
+        case Operation::argument:
+            if (ip->left_place == ValuePlace::stack) {
+                append_local(sp[-1].value_class(), sp[-1].data());
+                --sp;
+            } else {
+                const ScriptValue& value = place(ip->left_place, ip->left);
+                append_local(value.value_class(), value.data());
+                add_reference(value);
+            }
+            ++ip;
+            break;
+        case Operation::resize:
+            resize_frame();
+            break;
+        case Operation::jump:
+            jump();
+            break;
+        case Operation::jump_if:
+            branch_on_top(true);
+            break;
+        case Operation::jump_unless:
+            branch_on_top(false);
+            break;
+        case Operation::return_place:
+            push_copy(place(ip->left_place, ip->left));
+            if (leave_function())
+                return;
+            break;
+        case Operation::return_top:
+            if (leave_function())
+                return;
+            break;
+        case Operation::member:
+            if (!read_known_member())
+                step([&] { read_member(); });
+            break;
+        case Operation::method:
+            if (&sp[-1].value_class() == &instances && ip->site->start != nullptr &&
+                known_class(sp[-1].data()) != nullptr) {
+                sp[-1].overwrite(called_instances, sp[-1].data());
+                ++ip;
+            } else {
+                step([&] { prepare_method(); });
+            }
+            break;
+        case Operation::call:
+            --sp;
+            if (const ScriptClass::Data number = sp->data(); call_function(*sp)) {
+                registry.release(number);
+            } else {
+                ++sp;
+                call_step([&] { call_top(); });
+            }
+            break;
+        case Operation::call_global: {
+            const ScriptValue& callee = place(ValuePlace::global, ip->left);
+            if (!call_function(callee))
+                call_step([&] { call_value(callee); });
             break;
         }
-        case Opcode::param:
-            need(1);
-            locals_.push(values_.pop());
+        case Operation::invoke:
+            if (!invoke_known_method())
+                call_step([&] { call_prepared(); });
             break;
-        case Opcode::deref:
-            need(1);
-            dereference();
-            break;
+            NUMBER_CASES(add, arithmetic, plus)
+            NUMBER_CASES(sub, arithmetic, minus)
+            NUMBER_CASES(mul, arithmetic, times)
+            NUMBER_CASES(div, arithmetic, over)
+            NUMBER_CASES(lt, branch, less)
+            NUMBER_CASES(le, branch, less_or_equal)
+            NUMBER_CASES(eq, branch, equal)
+            NUMBER_CASES(ge, branch, greater_or_equal)
+            NUMBER_CASES(gt, branch, greater)
+            NUMBER_CASES(ne, branch, not_equal)
         default:
-            fail("Internal error: Invalid opcode");
+            __builtin_unreachable();
         }
     }
 }
 
 } // namespace kst::script
+
+#undef NUMBER_CASES
+#undef IN_LOOP

@@ -1,22 +1,25 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
-#include "script/language/Opcodes.h"
+#include "script/vm/Instruction.h"
 #include "script/vm/ScriptStacks.h"
 
 namespace kst::script {
 
-/// Runs byte code. A call from script to script is a new frame of the same run; only native code that calls back begins
-/// a run within a run.
+/// Runs programs, in the form of Instruction.h. A call from script to script is a new frame of the same run; only native
+/// code that calls back begins a run within a run.
+///
+/// `execute` does what is common, with positions and stack ends in its own variables. All else is a step: the variables
+/// are handed over, the step works on the stacks, and the variables are taken back. So nothing that may fail, or run
+/// anything, ever sees stacks that are not in order.
 class Interpreter {
 public:
-    /// What to run. A method brings its class and object, and all calls bring the value that was called; a null class
-    /// means that there is no current object.
+    /// What to run. A method brings its class and object; a null class means that there is no current object.
     struct Entry {
         ScriptVM* vm = nullptr;
-        std::uint32_t offset = 0;
-        ScriptValue callee = {};
+        const Instruction* start = nullptr;
         ScriptVM::ScriptedClassBase* current_class = nullptr;
         std::uint32_t object = 0;
         ScriptValue self = {};
@@ -31,44 +34,63 @@ private:
     explicit Interpreter(ScriptStacks& stacks) : stacks_(stacks), values_(stacks.values), locals_(stacks.locals) {}
 
     void execute();
-    void enter(Entry&& entry, std::uint8_t* return_address, std::uint32_t local_base, std::uint32_t results,
-               std::uint32_t call_depth);
+
+    // Calls.cpp
+    void enter(Entry&& entry, const Instruction* return_to, ScriptValue* locals, std::uint32_t call_depth);
+    void load_frame();
     /// True when this was the frame that the run began with.
     bool leave();
-    void load_frame();
-    void call_top(std::uint32_t argument_count);
+    void call_top();
+    void call_value(ScriptValue callee);
     void call_native(const ScriptValue& callee, std::uint32_t argument_count, std::uint32_t call_depth);
-    void check_programs();
-    void spend_budget();
+    void call_prepared();
+    /// A native callee, or the end of a native object, may have destroyed the very programs that wait here.
+    void check_programs() {
+        if (destroyed_seen_ != stacks_.destroyed_programs)
+            look_for_programs();
+    }
+    void look_for_programs();
+    void spend_budget() {
+        if (stacks_.jump_budget == 0)
+            fail("Script error: instruction budget used up");
+        --stacks_.jump_budget;
+    }
 
-    /// Reads the name operand at ip_ and steps over it.
-    idstring read_name();
-    void push_string_literal();
-
-    void need(std::uint32_t count) const;
-    ScriptValue& local(std::uint32_t index);
-    ScriptValue& global(std::uint32_t index);
-    ScriptValue& member_of_current(std::uint32_t index);
-
-    void arithmetic(Opcode opcode);
-    void number_arithmetic(Opcode opcode);
-    bool compare(Opcode opcode, const ScriptValue& left, const ScriptValue& right);
-    void convert(Opcode opcode);
-    void read_member(idstring id);
+    // Steps.cpp: what single instructions do in all cases.
+    void other();
+    void declare();
+    void push_string();
+    void binary();
+    bool append_text(const ScriptValue& right);
+    bool compare_operands();
+    void convert();
+    void read_member();
+    void prepare_method();
+    void store();
     void assign();
-    void dereference();
     bool pop_boolean();
+    void set_frame_size(std::uint32_t size);
+
+    /// The identifier of the name that the instruction has in the code at `operand`, which is resolved there.
+    static idstring resolve_name(std::uint8_t* operand);
+    idstring site_id();
+    std::uint8_t* operand() const;
+    ScriptValue take_left();
+    ScriptValue take_right();
+    void deliver(ScriptValue&& value);
+    /// True when the object's own class has the member that the instruction names; its site then knows where.
+    bool find_own_member(const ScriptValue& object);
+    ScriptValue& at(ValuePlace place, std::uint32_t index) { return bases_[static_cast<std::size_t>(place)][index]; }
 
     ScriptStacks& stacks_;
     ValueStack& values_;
     ValueStack& locals_;
     // The current frame, and where it is.
     ScriptVM* vm_ = nullptr;
-    std::uint8_t* code_ = nullptr;
-    std::uint8_t* ip_ = nullptr;
+    const Instruction* ip_ = nullptr;
+    std::array<ScriptValue*, indexed_places> bases_{};
+    /// In the code: for the error.
     const std::uint8_t* instruction_ = nullptr;
-    std::uint32_t local_base_ = 0;
-    std::uint32_t value_base_ = 0;
     std::uint32_t first_frame_ = 0;
     std::uint32_t destroyed_seen_ = 0;
 };

@@ -17,7 +17,7 @@ ScriptValue ScriptVM::ClassFunction::call(Data data, Arguments arguments) {
     const ProgramRegistry::Entry& function = entry(data);
     if (function.vm == nullptr)
         throw DSError("Program containing function has been destroyed");
-    return Interpreter::call({function.vm, function.offset, ScriptValue(*this, data)}, arguments);
+    return Interpreter::call({function.vm, function.start}, arguments);
 }
 
 ScriptVM::ScriptedClassFactory& ScriptVM::ScriptedClassFactory::instance() {
@@ -50,10 +50,10 @@ bool ScriptVM::ScriptedLibrary::has_member(Data data, idstring id) {
     return vm != nullptr && vm->has(id);
 }
 
-ScriptValue ScriptVM::ClassMethod::make(std::uint32_t number, std::uint32_t object, std::uint32_t offset) {
+ScriptValue ScriptVM::ClassMethod::make(std::uint32_t number, std::uint32_t object, const Instruction* start) {
     ProgramRegistry::instance().add_ref(number);
     const Data data = pool_.take();
-    pool_[data] = {number, object, offset};
+    pool_[data] = {number, object, start};
     return ScriptValue::adopt(*this, data);
 }
 
@@ -88,9 +88,9 @@ void ScriptVM::ClassMethod::release(Data data) {
 ScriptValue ScriptVM::ClassMethod::call(Data data, Arguments arguments) {
     ScriptedClassBase& scripted_class = class_of(data);
     const Record method = pool_[data];
-    return Interpreter::call({&scripted_class.vm(), method.offset, ScriptValue(*this, data), &scripted_class,
-                              method.object, scripted_class.instance_of(method.object)},
-                             arguments);
+    return Interpreter::call(
+        {&scripted_class.vm(), method.start, &scripted_class, method.object, scripted_class.instance_of(method.object)},
+        arguments);
 }
 
 std::string ScriptVM::ClassMethod::type_name(Data data) {
@@ -106,10 +106,6 @@ ScriptValue ScriptVM::ClassInstance::make(std::uint32_t number, std::uint32_t ob
     pool_[data].number = number;
     pool_[data].object = object;
     return ScriptValue::adopt(*this, data);
-}
-
-ScriptVM::ScriptedClassBase* ScriptVM::ClassInstance::class_of(Data data) {
-    return ProgramRegistry::instance()[pool_[data].number].scripted_class;
 }
 
 void ScriptVM::ClassInstance::release(Data data) {
@@ -147,7 +143,7 @@ ScriptValue ScriptVM::ClassInstance::member(Data data, idstring id, bool must_ex
     const NestingGuard guard;
     if (const ScriptValue* const own = own_member(data, id))
         return *own;
-    if (id != names().super && id != names().type_string) {
+    if (id != names().super) {
         const ScriptValue* const super = own_member(data, names().super);
         if (super != nullptr && super->to_boolean())
             return extended(data).member(id, must_exist);

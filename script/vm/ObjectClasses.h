@@ -65,7 +65,7 @@ public:
     struct Record {
         std::uint32_t number = 0;
         std::uint32_t object = 0;
-        std::uint32_t offset = 0;
+        const Instruction* start = nullptr;
     };
 
     static ClassMethod& instance() {
@@ -73,7 +73,7 @@ public:
         return instance;
     }
     /// The first reference.
-    ScriptValue make(std::uint32_t number, std::uint32_t object, std::uint32_t offset);
+    ScriptValue make(std::uint32_t number, std::uint32_t object, const Instruction* start);
     const Record& record(Data data) { return pool_[data]; }
     /// The class of the method. Throws DSError when the program has gone, or the object has.
     ScriptedClassBase& class_of(Data data);
@@ -106,6 +106,17 @@ public:
     std::size_t live() const { return pool_.live(); }
     /// A member of the object's own class, or null.
     const ScriptValue* own_member(Data data, idstring id);
+    /// Null when the program has gone.
+    ScriptedClassBase* class_of(Data data) { return ProgramRegistry::instance()[pool_[data].number].scripted_class; }
+    /// The object of its class.
+    std::uint32_t object_of(Data data) { return pool_[data].object; }
+    /// True when the reference was not the last and is gone.
+    bool release_shared(Data data) {
+        if (pool_.count(data) == 1)
+            return false;
+        pool_.drop_ref(data);
+        return true;
+    }
 
     void add_ref(Data data) override { pool_.add_ref(data); }
     void release(Data data) override;
@@ -126,12 +137,25 @@ private:
     };
 
     ClassInstance() : ScriptClass(Counting::pooled, ClassKind::instance) {}
-    /// Null when the program has gone.
-    ScriptedClassBase* class_of(Data data);
     /// What `super` of the object returns, or void.
     ScriptValue extended(Data data);
 
     IndexPool<Record> pool_;
+};
+
+/// An object on the value stack between the look-up of its method and the call, see Operation::method: the data word of
+/// a ClassInstance, and its reference. Nothing but the two instructions ever sees it.
+class ScriptVM::ClassCalledInstance final : public ScriptClass {
+public:
+    static ClassCalledInstance& instance() {
+        static ClassCalledInstance& instance = *new ClassCalledInstance;
+        return instance;
+    }
+    void add_ref(Data data) override { ClassInstance::instance().add_ref(data); }
+    void release(Data data) override { ClassInstance::instance().release(data); }
+
+private:
+    ClassCalledInstance() : ScriptClass(Counting::pooled) {}
 };
 
 } // namespace kst::script

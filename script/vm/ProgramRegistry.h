@@ -5,14 +5,16 @@
 
 namespace kst::script {
 
+struct Instruction;
+
 /// Programs by number. Functions, methods, instances, factories and library values may outlive their program: they hold
 /// a number of this table. A destroyed program's entries stay, with a null pointer, until their last value goes.
 class ProgramRegistry {
 public:
     struct Entry {
         ScriptVM* vm = nullptr;
-        /// Of a function: where its code begins.
-        std::uint32_t offset = 0;
+        /// Of a function. Gone with the program.
+        const Instruction* start = nullptr;
         /// Of a class.
         ScriptVM::ScriptedClassBase* scripted_class = nullptr;
     };

@@ -9,8 +9,7 @@ void fail(const char* text) {
 void ScriptStacks::pop_frame() {
     Frame& frame = current();
     --frame_count;
-    // Out of the frame first: the last reference to a function or object may go here, and run anything.
-    const ScriptValue callee = std::move(frame.callee);
+    // Out of the frame first: the last reference to the object may go here, and run anything.
     const ScriptValue self = std::move(frame.self);
 }
 

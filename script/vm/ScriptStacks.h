@@ -21,61 +21,68 @@ class ValueStack {
 public:
     explicit ValueStack(const char* overflow_text) : overflow_text_(overflow_text) {}
 
-    std::uint32_t count() const { return count_; }
+    std::uint32_t count() const { return static_cast<std::uint32_t>(end_ - slots_.get()); }
     ScriptValue& operator[](std::uint32_t index) { return slots_[index]; }
-    ScriptValue& top() { return slots_[count_ - 1]; }
-    /// The entry below the top.
-    ScriptValue& second() { return slots_[count_ - 2]; }
-    Arguments last(std::uint32_t count) const { return {slots_.get() + count_ - count, count}; }
+    std::uint32_t index_of(const ScriptValue* slot) const { return static_cast<std::uint32_t>(slot - slots_.get()); }
+    ScriptValue& top() { return end_[-1]; }
+    Arguments last(std::uint32_t count) const { return {end_ - count, count}; }
 
     void push(ScriptValue&& value) {
-        if (count_ == stack_size)
-            fail(overflow_text_);
-        new (&slots_[count_]) ScriptValue(std::move(value));
-        ++count_;
+        if (end_ == limit())
+            overflow();
+        new (end_) ScriptValue(std::move(value));
+        ++end_;
     }
 
     ScriptValue pop() {
-        --count_;
-        return ScriptValue::adopt(slots_[count_].value_class(), slots_[count_].data());
+        --end_;
+        return ScriptValue::adopt(end_->value_class(), end_->data());
     }
 
-    /// Takes the top off, which must own nothing: a number, a boolean or void.
-    void forget_top() { --count_; }
-
     // One at a time and off the stack first: a release may run anything, on these very stacks.
-    void cut_to(std::uint32_t count) {
-        while (count_ > count)
+    void cut_to(std::uint32_t count) { cut_to(slots_.get() + count); }
+    void cut_to(const ScriptValue* end) {
+        while (end_ > end)
             pop();
     }
 
-    void resize(std::uint32_t count) {
-        cut_to(count);
-        while (count_ < count)
+    void resize(std::uint32_t count) { resize(slots_.get() + count); }
+    void resize(const ScriptValue* end) {
+        cut_to(end);
+        while (end_ < end)
             push({});
     }
 
+    // The bare slots. Whoever works on them takes the place of `push` and `pop`: slots below the end own, others do
+    // not, and the end is set before anything runs that may use the stack.
+    ScriptValue* end() { return end_; }
+    void set_end(ScriptValue* end) { end_ = end; }
+    const ScriptValue* limit() const { return slots_.get() + stack_size; }
+    [[noreturn]] void overflow() const { fail(overflow_text_); }
+
 private:
     std::unique_ptr<ScriptValue[]> slots_ = std::make_unique<ScriptValue[]>(stack_size);
-    std::uint32_t count_ = 0;
+    ScriptValue* end_ = slots_.get();
     const char* overflow_text_;
 };
+
+struct Instruction;
 
 /// One active function, and how its caller goes on.
 struct Frame {
     ScriptVM* vm = nullptr;
     /// Null in the frame that a run began with: its return ends the run.
-    std::uint8_t* return_address = nullptr;
-    std::uint32_t local_base = 0;
-    std::uint32_t value_base = 0;
-    /// How many values stay above value_base at the return.
-    std::uint32_t results = 0;
-    /// The count of the call stack when the function was called.
-    std::uint32_t call_depth = 0;
+    const Instruction* return_to = nullptr;
+    ScriptValue* locals = nullptr;
+    /// The value stack's end when the function began.
+    ScriptValue* values = nullptr;
+    /// Those of the current object.
+    ScriptValue* members = nullptr;
     ScriptVM::ScriptedClassBase* current_class = nullptr;
     std::uint32_t object = 0;
-    /// The function or method, and the object of the method: held as long as it runs.
-    ScriptValue callee;
+    /// The count of the call stack when the function was called.
+    std::uint32_t call_depth = 0;
+    /// The object of the method, held as long as it runs.
     ScriptValue self;
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "script/value/release_values.h"
+#include "script/vm/Instruction.h"
 #include "script/vm/Interpreter.h"
 #include "script/vm/ObjectClasses.h"
 #include "script/vm/ReferenceClasses.h"
@@ -23,7 +24,11 @@ std::vector<const ScriptVM*>& live_programs() {
 } // namespace
 
 ScriptVM::ScriptVM(std::span<std::uint8_t> code, ScriptInterface* imports)
-    : code_(code), imports_(imports), global_ref_class_(&ClassGlobalRef::take(*this)) {
+    : code_(code),
+      run_code_(std::make_unique<InstructionCode>(translate_code(code))),
+      imports_(imports),
+      globals_(run_code_->globals),
+      global_ref_class_(&ClassGlobalRef::take(*this)) {
     live_programs().push_back(this);
 }
 
@@ -52,7 +57,7 @@ void ScriptVM::load() {
 }
 
 void ScriptVM::run(std::uint32_t offset, Arguments arguments, std::uint32_t results) {
-    Interpreter::run({this, offset}, arguments, results);
+    Interpreter::run({this, &start_at(offset)}, arguments, results);
 }
 
 ScriptValue ScriptVM::take_result() {
@@ -64,12 +69,12 @@ ScriptValue ScriptVM::call(idstring name, Arguments arguments) {
     const std::uint32_t offset = functions_.find(name);
     if (offset == NameTable::not_found)
         return {};
-    return Interpreter::call({this, offset}, arguments);
+    return Interpreter::call({this, &start_at(offset)}, arguments);
 }
 
 ScriptValue ScriptVM::value() {
     if (library_number_ == NameTable::not_found)
-        library_number_ = take_number(0, nullptr);
+        library_number_ = take_number(nullptr, nullptr);
     return {ScriptedLibrary::instance(), library_number_};
 }
 
@@ -97,36 +102,35 @@ void ScriptVM::declare_import(idstring name) {
     if (imports_ == nullptr || !imports_->has(name))
         throw DSError("Script error: Cant find object to import (" + idstring_text(name) + ")");
     ScriptValue imported = imports_->get(name);
-    globals_.push_back(std::move(imported));
+    add_global(std::move(imported));
 }
 
 void ScriptVM::declare_object(idstring name) {
     if (open_class_ != nullptr)
         open_class_->declare_object(name);
     else
-        globals_.emplace_back();
+        add_global({});
 }
 
 void ScriptVM::declare_function(idstring name, std::uint32_t offset) {
-    if (offset >= code_.size())
-        throw DSError("Internal error: Function outside of the code");
+    const Instruction& start = start_at(offset);
     if (open_class_ != nullptr) {
-        open_class_->declare_method(name, offset);
+        open_class_->declare_method(name, start);
         return;
     }
-    exports_.add(name, static_cast<std::uint32_t>(globals_.size()));
+    exports_.add(name, global_count_);
     functions_.add(name, offset);
-    globals_.emplace_back(ClassFunction::instance(), take_number(offset, nullptr));
+    add_global({ClassFunction::instance(), take_number(&start, nullptr)});
 }
 
 void ScriptVM::begin_class(idstring name) {
     if (open_class_ != nullptr)
         throw DSError("Internal error: Class within a class");
     open_class_ = std::make_unique<ScriptedClassBase>(*this, name);
-    const std::uint32_t number = take_number(0, open_class_.get());
+    const std::uint32_t number = take_number(nullptr, open_class_.get());
     open_class_->set_number(number);
-    exports_.add(name, static_cast<std::uint32_t>(globals_.size()));
-    globals_.emplace_back(ScriptedClassFactory::instance(), number);
+    exports_.add(name, global_count_);
+    add_global({ScriptedClassFactory::instance(), number});
 }
 
 void ScriptVM::end_class() {
@@ -135,8 +139,21 @@ void ScriptVM::end_class() {
     classes_.push_back(std::move(open_class_));
 }
 
-std::uint32_t ScriptVM::take_number(std::uint32_t offset, ScriptedClassBase* scripted_class) {
-    const std::uint32_t number = ProgramRegistry::instance().take({this, offset, scripted_class});
+const Instruction& ScriptVM::start_at(std::uint32_t offset) const {
+    const Instruction* const start = run_code_->start_at(offset);
+    if (start == nullptr)
+        throw DSError("Internal error: No function begins here");
+    return *start;
+}
+
+void ScriptVM::add_global(ScriptValue value) {
+    if (global_count_ == globals_.size())
+        throw DSError("Internal error: Declarations run twice");
+    globals_[global_count_++] = std::move(value);
+}
+
+std::uint32_t ScriptVM::take_number(const Instruction* start, ScriptedClassBase* scripted_class) {
+    const std::uint32_t number = ProgramRegistry::instance().take({this, start, scripted_class});
     numbers_.push_back(number);
     return number;
 }

@@ -12,6 +12,9 @@
 
 namespace kst::script {
 
+struct Instruction;
+struct InstructionCode;
+
 /// One loaded program: its code, globals and classes; and, as a library, the functions and classes that it exports to
 /// others. Globals belong to the program, not to the code: two programs on one code share nothing but resolved names.
 ///
@@ -28,6 +31,7 @@ public:
     class ClassMethod;
     class ScriptedClassFactory;
     class ClassInstance;
+    class ClassCalledInstance;
     class ScriptedLibrary;
     class ClassLocalRef;
     class ClassCurrentClassMemberRef;
@@ -42,7 +46,7 @@ public:
     /// Runs the declarations at the start of the code, which fill globals and classes. Once, before anything else.
     void load();
 
-    /// Runs from an offset to the return, with the arguments as the first locals. `results` values stay on the value
+    /// Runs from an offset, at which a function begins, to the return, with the arguments as the first locals. `results` values stay on the value
     /// stack, void where the code left fewer; `take_result` takes the topmost.
     void run(std::uint32_t offset, Arguments arguments, std::uint32_t results);
     static ScriptValue take_result();
@@ -63,25 +67,30 @@ public:
     static bool is_live(const ScriptVM* vm);
 
     std::span<const std::uint8_t> code() const { return code_; }
-    std::size_t global_count() const { return globals_.size(); }
+    std::size_t global_count() const { return global_count_; }
 
 private:
     friend class Interpreter;
 
-    std::uint8_t* code_start() const { return code_.data(); }
     void declare_import(idstring name);
     void declare_object(idstring name);
     void declare_function(idstring name, std::uint32_t offset);
     void begin_class(idstring name);
     void end_class();
     /// A registry number that this program clears at its end.
-    std::uint32_t take_number(std::uint32_t offset, ScriptedClassBase* scripted_class);
+    std::uint32_t take_number(const Instruction* start, ScriptedClassBase* scripted_class);
+    /// Throws DSError if no function begins there.
+    const Instruction& start_at(std::uint32_t offset) const;
+    void add_global(ScriptValue value);
 
     std::span<std::uint8_t> code_;
+    std::unique_ptr<InstructionCode> run_code_; ///< Made of the code when the program is.
     ScriptInterface* imports_;
     NameTable exports_;   ///< Name to index of the global.
     NameTable functions_; ///< Name to offset in the code.
+    /// Of their full number from the start. Void until they are declared, which happens in order.
     std::vector<ScriptValue> globals_;
+    std::uint32_t global_count_ = 0;
     std::unique_ptr<ScriptedClassBase> open_class_;
     std::vector<std::unique_ptr<ScriptedClassBase>> classes_;
     std::vector<std::uint32_t> numbers_;

@@ -6,25 +6,23 @@
 namespace kst::script {
 
 void ScriptVM::ScriptedClassBase::declare_object(idstring name) {
-    names_.add(name, static_cast<std::uint32_t>(kinds_.size()));
-    kinds_.push_back(MemberKind::object);
+    names_.add(name, static_cast<std::uint32_t>(starts_.size()));
+    starts_.push_back(nullptr);
 }
 
-void ScriptVM::ScriptedClassBase::declare_method(idstring name, std::uint32_t offset) {
-    names_.add(name, static_cast<std::uint32_t>(kinds_.size()));
-    kinds_.push_back(MemberKind::method);
-    offsets_.push_back(offset);
+void ScriptVM::ScriptedClassBase::declare_method(idstring name, const Instruction& start) {
+    names_.add(name, static_cast<std::uint32_t>(starts_.size()));
+    starts_.push_back(&start);
 }
 
 ScriptValue ScriptVM::ScriptedClassBase::make_object() {
     const std::uint32_t object = objects_.take();
     objects_[object].instance = no_instance;
     std::vector<ScriptValue>& all = objects_[object].members;
-    all.assign(kinds_.size(), ScriptValue());
-    auto offset = offsets_.begin();
-    for (std::size_t i = 0; i < kinds_.size(); ++i)
-        if (kinds_[i] == MemberKind::method)
-            all[i] = ClassMethod::instance().make(number_, object, *offset++);
+    all.assign(starts_.size(), ScriptValue());
+    for (std::size_t i = 0; i < starts_.size(); ++i)
+        if (starts_[i] != nullptr)
+            all[i] = ClassMethod::instance().make(number_, object, starts_[i]);
     ScriptValue value = instance_of(object);
     release_object(object); // the instance record holds it now
     return value;

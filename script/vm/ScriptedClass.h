@@ -14,20 +14,27 @@ namespace kst::script {
 /// values, see ClassMethod. When the count reaches 0 its members go.
 class ScriptVM::ScriptedClassBase {
 public:
-    enum class MemberKind : std::uint8_t { object, method };
     static constexpr std::uint32_t no_instance = 0xffffffff;
 
-    ScriptedClassBase(ScriptVM& vm, idstring name) : vm_(vm), name_(name) {}
+    ScriptedClassBase(ScriptVM& vm, idstring name) : vm_(vm), name_(name) {
+        static std::uint64_t classes = 0;
+        serial_ = ++classes;
+    }
+    /// Never 0, and never that of another class, also of one that is gone.
+    std::uint64_t serial() const { return serial_; }
 
     void set_number(std::uint32_t number) { number_ = number; }
     const std::string& name() const { return idstring_text(name_); }
     ScriptVM& vm() const { return vm_; }
 
     void declare_object(idstring name);
-    void declare_method(idstring name, std::uint32_t offset);
+    void declare_method(idstring name, const Instruction& start);
 
     /// The index of a member, or NameTable::not_found.
     std::uint32_t find_member(idstring name) { return names_.find(name); }
+
+    /// Where a method begins; null for other members.
+    const Instruction* start_of(std::uint32_t member) const { return starts_[member]; }
 
     /// A fresh object, its methods bound, its other members void.
     ScriptValue make_object();
@@ -54,8 +61,8 @@ private:
     ScriptVM& vm_;
     idstring name_;
     std::uint32_t number_ = 0; ///< In the program registry.
-    std::vector<MemberKind> kinds_;
-    std::vector<std::uint32_t> offsets_; ///< Of the methods, in order of declaration.
+    std::uint64_t serial_ = 0;
+    std::vector<const Instruction*> starts_; ///< A member each, null for objects.
     NameTable names_;
     IndexPool<Object> objects_;
 };

@@ -1,7 +1,11 @@
 set(vm_sources
+  Calls.cpp
+  DecodedCode.cpp
   Interpreter.cpp
   ObjectClasses.cpp
   ReferenceClasses.cpp
   ScriptStacks.cpp
   ScriptVM.cpp
-  ScriptedClass.cpp)
+  ScriptedClass.cpp
+  Steps.cpp
+  translate_code.cpp)

@@ -66,6 +66,8 @@ TEST(LanguageVerifier, names_the_fault_and_its_place) {
         {with_body({0}), "a function without a frame at code offset 11"},
         {with_body({39, 0, 4, 'C', 0, 0, 0, 0}), "misplaced declaration at code offset 13"},
         {with_body({39, 0, 7, 'a', 'b'}), "unterminated string at code offset 14"},
+        {with_body({39, 0, 7, 0, 0, 0, 0, 9, 0}), "filling that is not zero at code offset 14"},
+        {{2, 'a', 0, 0, 1, 0, 0}, "filling that is not zero at code offset 1"},
         {with_body({39, 0, 10}), "no instruction to go on with at code offset 14"},
         {with_body({39, 0, 41, 12, 0, 0, 0}), "no instruction to go on with at code offset 12"},
         {with_body({39, 0, 41, 0, 0, 0, 0}), "no instruction to go on with at code offset 0"},
