@@ -21,5 +21,6 @@ void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
+void add_objects_command(CLI::App& app);
 
 } // namespace kst::tool
