@@ -6,7 +6,8 @@
 
 namespace kst {
 
-/// A unit quaternion in 32 bits, to within 0.0015 a component and up to the sign of the whole.
+/// A unit quaternion in 32 bits, up to the sign of the whole: three components to within 0.0015, and the fourth, which
+/// follows from them, to within 0.0045.
 ///
 ///     bits 0-1    which component is left out: the one of largest magnitude, the first one among equals
 ///     bits 2-11   the first of the others, in index order x, y, z, w: n × 0.00146484375 - 0.75

@@ -27,7 +27,8 @@ using Vector = std::array<double, 4>;
 constexpr float tolerance = 0.0015f;
 /// For rounding, and for keys that are not quite of length 1.
 constexpr double slack = 1e-4;
-constexpr std::size_t comparisons_per_key = 256;
+constexpr std::size_t comparisons_per_track = 4'000'000;
+constexpr std::size_t comparisons_per_key = 64;
 constexpr std::size_t free_run = 64;
 
 Vector components(const GQuat& q) {
@@ -112,7 +113,8 @@ double distance(const Vector& a, const GQuat& b) {
 /// The keys that were dropped since the last one that was kept.
 class Run {
 public:
-    explicit Run(std::span<const Quat> keys) : keys_(keys), left_(comparisons_per_key * keys.size()) {}
+    explicit Run(std::span<const Quat> keys)
+        : keys_(keys), left_(comparisons_per_track + comparisons_per_key * keys.size()) {}
 
     void begin_at(std::size_t kept) {
         last_ = kept;

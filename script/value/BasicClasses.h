@@ -47,6 +47,7 @@ inline ScriptValue number_value(float value) {
 
 /// The float of a number. DSError for any other value: "Value is not of type <number>, it is of type <string>".
 float expect_number(const ScriptValue& value);
+
 inline bool is_number(const ScriptValue& value) {
     return &value.value_class() == &number_class;
 }

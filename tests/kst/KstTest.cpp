@@ -139,6 +139,18 @@ TEST_F(Kst, tells_and_converts_images) {
     EXPECT_EQ(run({"image", "convert", "huge.tga", "q.png"}).exit_code, 1);
 }
 
+TEST_F(Kst, dumps_object_streams) {
+    // A constant of 1, then an object of a type that there is not.
+    const std::string constant("\x7E\x69\x60\x20\7\0\0\0\6\0\0\0a\0\0\0\x80\x3F", 18);
+    folder.write("one.objects", std::string("\1\0\0\0", 4) + constant);
+    folder.write("two.objects", std::string("\2\0\0\0", 4) + constant + std::string("\1\2\3\4\0\0\0\0\0\0\0\0", 12));
+    const std::string line = "ConstFloatController 0x2060697E ref=7 size=6 name=\"a\" value=1\n";
+    expect({"objects", "dump", "one.objects"}, 0, line, "");
+    expect({"objects", "dump", "two.objects"}, 1, line,
+           "kst: ObjectDatabase::load_content() unknown object type 0x04030201 in two.objects\n");
+    expect({"objects", "dump", "none.objects"}, 1, "", "kst: cannot open none.objects\n");
+}
+
 TEST_F(Kst, packs_lists_and_unpacks_bundles) {
     folder.write("tree/B.txt", "bee");
     folder.write("tree/Dir/a.bin", std::string("\0\1\2", 3));

@@ -23,5 +23,6 @@ void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
 void add_script_run_command(CLI::App& script);
 void add_stats_commands(CLI::App& app);
+void add_objects_command(CLI::App& app);
 
 } // namespace kst::tool

@@ -13,7 +13,8 @@ constexpr int work_failed = 1;
 constexpr int wrong_command_line = 2;
 
 int run(int argc, char** argv) {
-    CLI::App app{"The engine's foundation from the command line: XML, expressions, images, bundles, scripts and stats.",
+    CLI::App app{"The engine's foundation from the command line: XML, expressions, images, bundles, scripts, stats, "
+                 "objects and atlases.",
                  "kst"};
     app.set_version_flag("--version", "kst " MOSAICER_VERSION);
     app.require_subcommand(1);
@@ -24,6 +25,7 @@ int run(int argc, char** argv) {
     kst::tool::add_bundle_commands(app);
     kst::tool::add_script_commands(app);
     kst::tool::add_stats_commands(app);
+    kst::tool::add_objects_command(app);
     kst::VirtualFileSystem files;
     kst::DiskFileSystem disk;
     files.mount("/", &disk, /*owned=*/false);
