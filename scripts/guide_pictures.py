@@ -1,8 +1,14 @@
 #!/usr/bin/env python3
-"""Makes the pictures of docs/choosing.md out of the example textures, each below 100 KB."""
+"""Makes the pictures of docs/choosing.md and docs/tutorial.md out of the example textures, each below 100 KB.
+
+The picture of the report page wants Chromium; without it, it stays as it is.
+"""
 
 import argparse
 import pathlib
+import shutil
+import subprocess
+import sys
 import tempfile
 
 from guide.bitmaps import Picture, beside, write_png
@@ -17,6 +23,10 @@ class Maker:
     def save(self, name, pictures, gap=8):
         file = self.folder / f"{name}.png"
         write_png(file, beside(pictures, gap))
+        self.limit(file)
+
+    @staticmethod
+    def limit(file):
         if file.stat().st_size >= 100_000:
             raise SystemExit(f"{file} is too large: {file.stat().st_size} bytes")
         print(file, file.stat().st_size)
@@ -56,6 +66,30 @@ class Maker:
         self.save("choosing-usage", self.atlases(names, 2, min_usage=0, **size)
                   + self.atlases(names, 2, min_usage=0.75, **size), gap=16)
 
+    def tutorial(self):
+        first = element("atlas", {"name": "set", "width": 512, "height": 256}, ["car_red", "car_blue", "car_tire"])
+        image = self.programs.run(first).out / "set" / "atlas.dds"
+        self.save("tutorial-cars", [self.programs.decode(image).on_checks()])
+
+        place = self.programs.scratch / "tutorial"
+        subprocess.run([sys.executable, REPOSITORY / "tests/docs/run_tutorial.py", "--keep", place, "--programs",
+                        self.programs.mosaicer, self.programs.kst], check=True)
+        rally = place / "home" / "rally"
+        cars = self.programs.decode(rally / "out/rally/cars/atlas0/atlas.dds", 1)
+        self.save("tutorial-cars-dxt5", [cars.on_checks()])
+        self.screenshot("tutorial-report", rally / "report.html")
+
+    def screenshot(self, name, page):
+        browser = shutil.which("chromium")
+        if browser is None or not page.exists():
+            print(f"{name}: left out, no Chromium or no {page.name}")
+            return
+        file = self.folder / f"{name}.png"
+        subprocess.run([browser, "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
+                        "--virtual-time-budget=5000", "--window-size=840,560", f"--screenshot={file}", page.as_uri()],
+                       check=True, capture_output=True, timeout=60)
+        self.limit(file)
+
 
 def opaque(picture):
     return Picture(picture.width, picture.height, [[pixel[:3] + (255,) for pixel in row] for row in picture.rows])
@@ -68,13 +102,13 @@ def difference(a, b, times):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default=REPOSITORY / "build" / "release", help="build directory of the programs")
     parser.add_argument("--folder", type=pathlib.Path, default=REPOSITORY / "docs" / "images")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as scratch:
         maker = Maker(Programs(arguments.build, REPOSITORY / "examples" / "textures", scratch), arguments.folder)
-        for make in (maker.mips, maker.compression, maker.insertion, maker.usage):
+        for make in (maker.mips, maker.compression, maker.insertion, maker.usage, maker.tutorial):
             make()
 
 
