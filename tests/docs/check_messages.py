@@ -40,7 +40,7 @@ def one_line(text):
 def sources(folders):
     for folder in folders:
         for file in sorted((REPOSITORY / folder).rglob("*")):
-            if file.suffix in (".cpp", ".h"):
+            if file.suffix in (".cpp", ".h", ".y"):
                 yield file.relative_to(REPOSITORY).as_posix(), file.read_text(encoding="utf-8")
 
 
