@@ -15,22 +15,17 @@ from cpp_literals import statements
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 PAGE = REPOSITORY / "docs" / "troubleshooting.md"
 
-# All that these folders print.
-WHOLE_FOLDERS = ("driver", "texture", "packing")
-# Only what is thrown or reported as a fault: other literals are data.
-FAULTS_OF = ("tools/kst", "source/utility/xml", "source/utility/image", "source/utility/filesystem", "script/language")
-QUOTED_FROM = (*WHOLE_FOLDERS, *FAULTS_OF, "source/utility")
-
-PROGRESS = re.compile(r"Report\.(verbose|debug|statistics)|\bsay\(|static_assert|\busage_text\b")
-FAULT = re.compile(r"\bthrow\b|CommandFailure|\b(fail|error|throw_disk_error)\(|\btoo_many_locals\b")
-# The database's lines.
-NO_MESSAGES = {"texture/TextureDatabase.cpp"}
-ATTRIBUTION = "mosaicer - packs textures"
-# A word that the parser's skeleton says and that becomes another one.
-REPLACED = {"memory exhausted"}
-# Assembler listings, and what only the loader of compiled programs says.
-NO_FAULTS = {"script/language/Opcodes.h", "script/language/CompiledFile.cpp", "script/language/CompiledFile.h",
-             "script/language/Verifier.cpp"}
+# What says or throws something when all is not well. In packing/, reasons are put together in many ways: there every
+# text counts that is no progress.
+FAULT = re.compile(r"\bthrow\b|CommandFailure|\b(fail|error|throw_disk_error)\(|\btoo_many_locals\b"
+                   r"|Report\.(warnings|errors)|\b(console|cerr) ")
+PROGRESS = re.compile(r"Report\.(verbose|debug|statistics)|\bsay\(|static_assert")
+FOLDERS = {"packing": None, **dict.fromkeys(("driver", "texture", "tools/kst", "source/utility/xml", "source/utility/image",
+                                             "source/utility/filesystem", "script/language"), FAULT)}
+# What only the loader of compiled programs says, and findings, which tell their cure themselves.
+LEFT_OUT = ("script/language/CompiledFile", "script/language/Verifier.cpp", "driver/check/")
+# A word that the parser's skeleton says and that becomes another one; and who made the program.
+NO_MESSAGES = re.compile("memory exhausted|mosaicer - packs textures")
 
 
 def one_line(text):
@@ -45,35 +40,35 @@ def sources(folders):
 
 
 def quoted_messages(page):
-    in_table = False
+    """Those of a table below `<!-- needs: FILE -->` count once there is such a file."""
+    in_table = needed = False
     for line in page.splitlines():
-        if not line.startswith("|"):
-            in_table = False
+        if line.startswith("<!-- needs: "):
+            needed = not (REPOSITORY / line.split()[2]).exists()
         elif line.startswith("| message"):
             in_table = True
-        elif in_table:
+        elif not line.startswith("|"):
+            in_table, needed = False, needed and not in_table
+        elif in_table and not needed:
             yield from re.findall(r"`([^`]+)`", line.split(" | ")[0])
 
 
-def is_sentence(literal):
-    return " " in literal.strip() and len(re.findall(r"[A-Za-z]{2,}", literal)) >= 2
-
-
-def printed_literals():
-    """File and literal of everything that the page has to tell."""
-    for file, text in sources(WHOLE_FOLDERS):
-        for code, literals in statements(text):
-            if file not in NO_MESSAGES and not PROGRESS.search(code):
-                yield from ((file, literal) for literal in literals)
-    for file, text in sources(FAULTS_OF):
-        for code, literals in statements(text):
-            if file not in NO_FAULTS and FAULT.search(code):
-                yield from ((file, literal) for literal in literals)
+def printed_messages():
+    """File and text of all literals of two words or more that can reach a user."""
+    for folder, wanted in FOLDERS.items():
+        for file, text in sources([folder]):
+            for code, literals in statements(text):
+                if file.startswith(LEFT_OUT) or PROGRESS.search(code) or wanted and not wanted.search(code):
+                    continue
+                for literal in map(one_line, literals):
+                    if " " in literal and len(re.findall(r"[A-Za-z]{2,}", literal)) >= 2 and not NO_MESSAGES.match(literal):
+                        yield file, literal
 
 
 def main():
     page = PAGE.read_text(encoding="utf-8")
-    literals = {one_line(literal) for _, text in sources(QUOTED_FROM) for _, found in statements(text) for literal in found}
+    literals = {one_line(literal) for _, text in sources([*FOLDERS, "source/utility"])
+                for _, found in statements(text) for literal in found}
     faults = []
     messages = list(quoted_messages(page))
     for message in messages:
@@ -82,10 +77,8 @@ def main():
                    if re.search(r"[A-Za-z]{2}", part) and not any(part in literal for literal in literals)]
 
     told = one_line(page)
-    printed = [(file, one_line(literal)) for file, literal in printed_literals()
-               if is_sentence(literal) and literal not in REPLACED]
-    faults += [f'{file} prints "{literal}", which is not on the page' for file, literal in printed
-               if literal not in told and not literal.startswith(ATTRIBUTION)]
+    printed = list(printed_messages())
+    faults += [f'{file} prints "{literal}", which is not on the page' for file, literal in printed if literal not in told]
 
     # So that a change of the page's form, or of the sources', can't make the test pass by finding nothing.
     if len(messages) < 100 or len(printed) < 100:
