@@ -3,7 +3,8 @@
 
 Each table changes one setting at a time, runs mosaicer on the example textures and reads what it wrote. Sizes, shares
 and decibels are the same on every machine; times are ratios within one table and vary. With --page the tables take the
-place of those in a page, between the comments `measured: NAME` and `end of NAME`.
+place of those in a page, between the comments `measured: NAME` and `end of NAME`; with --check as well they are only
+compared with them.
 """
 
 import argparse
@@ -196,21 +197,31 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default=REPOSITORY / "build" / "release", help="build directory of the programs")
     parser.add_argument("--page", type=pathlib.Path, help="the page whose tables are to be replaced")
+    parser.add_argument("--check", action="store_true", help="fail where the page has another table, and change nothing")
     parser.add_argument("tables", nargs="*", metavar="TABLE", help="which to make: " + ", ".join(tables))
     arguments = parser.parse_args()
     unknown = [name for name in arguments.tables if name not in tables]
     if unknown:
         parser.error("no table " + unknown[0])
+    if arguments.check and not arguments.page:
+        parser.error("--check wants a --page")
+    stale = []
     with tempfile.TemporaryDirectory() as scratch:
         measurement = Measurement(Programs(arguments.build, REPOSITORY / "examples" / "textures", scratch))
         for name in arguments.tables or tables:
             text = tables[name](measurement).text()
-            if arguments.page:
-                arguments.page.write_text(put_into_page(arguments.page.read_text(encoding="utf-8"), name, text),
-                                          encoding="utf-8")
-            else:
+            if not arguments.page:
                 print(f"\n{name}\n\n{text}", flush=True)
+                continue
+            page = arguments.page.read_text(encoding="utf-8")
+            renewed = put_into_page(page, name, text)
+            if not arguments.check:
+                arguments.page.write_text(renewed, encoding="utf-8")
+            elif renewed != page:
+                print(f"the page has another table {name} than this:\n\n{text}")
+                stale.append(name)
+    return 1 if stale else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -41,15 +41,15 @@ def sources(folders):
 
 def quoted_messages(page):
     """Those of a table below `<!-- needs: FILE -->` count once there is such a file."""
-    in_table = needed = False
+    in_table = waits = False
     for line in page.splitlines():
         if line.startswith("<!-- needs: "):
-            needed = not (REPOSITORY / line.split()[2]).exists()
+            waits = not (REPOSITORY / line.split()[2]).exists()
         elif line.startswith("| message"):
             in_table = True
         elif not line.startswith("|"):
-            in_table, needed = False, needed and not in_table
-        elif in_table and not needed:
+            in_table, waits = False, waits and not in_table
+        elif in_table and not waits:
             yield from re.findall(r"`([^`]+)`", line.split(" | ")[0])
 
 
