@@ -3,7 +3,7 @@
 
 The page's blocks:
 - `console`: each line behind "$ " is run by bash; the lines up to the next one are its output, both streams. A line of
-  three dots stands for any lines. `cd` lasts.
+  three dots stands for any lines, three dots at the end of a line for the rest of it. `cd` lasts.
 - any block below `<!-- file: PATH -->` is written to that file first.
 - a block below `<!-- not run -->` is for people only.
 - a block below `<!-- needs: COMMAND -->` is left out, and told of, while the programs have no such command.
@@ -43,12 +43,14 @@ class Shell:
 
 
 def matches(wanted, found):
-    """Lines, of which one of three dots stands for any number."""
+    """Whether lines of the page, with their dots, tell of lines that were printed."""
     if not wanted:
         return not found
     if wanted[0] == DOTS:
         return any(matches(wanted[1:], found[skipped:]) for skipped in range(len(found) + 1))
-    return bool(found) and wanted[0] == found[0] and matches(wanted[1:], found[1:])
+    same = bool(found) and (wanted[0] == found[0] or
+                            wanted[0].endswith(DOTS) and found[0].startswith(wanted[0][:-len(DOTS)]))
+    return same and matches(wanted[1:], found[1:])
 
 
 def commands_of(text):
