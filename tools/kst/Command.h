@@ -21,5 +21,11 @@ void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
+void add_atlas_commands(CLI::App& app);
+
+// Each adds one subcommand of the group `atlas`.
+
+void add_atlas_check(CLI::App& atlas);
+void add_atlas_schema(CLI::App& atlas);
 
 } // namespace kst::tool
