@@ -46,7 +46,9 @@ Finding parse_finding(const std::string& text, const std::string& definition_pat
     std::int32_t line = 0;
     if (std::from_chars(number, text.data() + close, line).ptr != text.data() + close)
         return finding;
-    finding.file = findings.host_path(text.substr(0, open));
+    // The parser's names have no separator ahead.
+    const bool is_absolute = definition_path.starts_with('/') && !text.starts_with('/');
+    finding.file = findings.host_path((is_absolute ? "/" : "") + text.substr(0, open));
     finding.line = line;
     finding.message = std::string(trim_blanks(std::string_view(text).substr(close + 3)));
     return finding;
