@@ -11,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace mosaicer {
@@ -360,6 +362,13 @@ TEST_F(DefinitionCheckTest, tells_by_area_of_sets_that_are_too_large_to_pack) {
         ElementsAre("sets.xml:2: usage: texture \"big\" can never stand on an atlas that is full enough: all textures "
                     "of the set together fill too little of the 1024 x 8 that it needs"));
     expect_run(Outcome::ends, "Unable to pack set a, textures that can never be placed: big");
+}
+
+TEST(FindingKinds, have_each_a_part_of_their_own_in_the_documentation) {
+    std::ifstream page(MOSAICER_SOURCE_DIR "/docs/checking.md");
+    const std::string text{std::istreambuf_iterator<char>(page), {}};
+    for (const std::string_view word : finding_words)
+        EXPECT_THAT(text, HasSubstr("\n### " + std::string(word) + "\n"));
 }
 
 TEST_F(DefinitionCheckTest, finds_nothing_in_the_examples_and_a_run_agrees) {
