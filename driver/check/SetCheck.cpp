@@ -81,6 +81,25 @@ TexelSize loaded_size(const SetTextureEntry& entry) {
     return {dropped_size(image.width, drop), dropped_size(image.height, drop)};
 }
 
+/// Databases are written without escapes.
+bool breaks_xml(const std::string& text) {
+    return text.find_first_of("&<\"") != std::string::npos;
+}
+
+/// Whether two placed textures share texels of their own, padding left out. The packer does not see the last column and
+/// row of an odd size.
+bool share_texels(const AtlasEntry& a, const AtlasEntry& b) {
+    const auto apart = [](std::int32_t begin_a, std::int32_t size_a, std::int32_t begin_b, std::int32_t size_b) {
+        return std::int64_t{begin_a} + size_a <= begin_b || std::int64_t{begin_b} + size_b <= begin_a;
+    };
+    const SetTextureEntry& in_a = a.source;
+    const SetTextureEntry& in_b = b.source;
+    return !apart(a.x + in_a.pad_texels_u, a.width - 2 * in_a.pad_texels_u, b.x + in_b.pad_texels_u,
+                  b.width - 2 * in_b.pad_texels_u) &&
+           !apart(a.y + in_a.pad_texels_v, a.height - 2 * in_a.pad_texels_v, b.y + in_b.pad_texels_v,
+                  b.height - 2 * in_b.pad_texels_v);
+}
+
 } // namespace
 
 void SetCheck::check(SetUnderCheck& checked) {
@@ -269,9 +288,16 @@ void SetCheck::check_names(Work& work) {
     const AtlasSetDefinition& set = checked.set;
     if (work.road == SetRoad::texture_set)
         claims_.claim(join_path(set.name, "tdb_texture_set.xml"), checked.node, set.name);
+    if (breaks_xml(set.name) || breaks_xml(set.category))
+        findings_.at(checked.node, set.name, FindingKind::output,
+                     "name or category of the set holds &, < or a double quote, which breaks its database");
     std::set<std::string> names;
     for (std::size_t i = 0; i < set.textures.size(); ++i) {
         const std::string& name = output_name(set.textures[i]);
+        const std::string& category = set.textures[i].category;
+        if (breaks_xml(name) || (category != set.category && breaks_xml(category)))
+            tell(work, i, FindingKind::output,
+                 "has a name or category with &, < or a double quote, which breaks the database");
         if (!names.insert(name).second)
             findings_.at(*checked.entry_nodes[i], set.name, FindingKind::output,
                          "the set holds " + in_quotes(name) + " a second time, under the same name");
@@ -380,12 +406,37 @@ void SetCheck::check_area(Work& work) {
     }
 }
 
+/// One texture of a pair is written over a column or row of the other.
+void SetCheck::check_overlaps(Work& work, const AtlasSurface& surface) {
+    const std::vector<AtlasEntry>& entries = surface.entries();
+    const AtlasEntry* first = nullptr;
+    const AtlasEntry* second = nullptr;
+    std::size_t pairs = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        for (std::size_t j = i + 1; j < entries.size(); ++j) {
+            if (!share_texels(entries[i], entries[j]))
+                continue;
+            if (pairs++ == 0) {
+                first = &entries[i];
+                second = &entries[j];
+            }
+        }
+    }
+    if (pairs > 0 && !std::exchange(work.told_overlap, true))
+        findings_.at(work.checked.node, work.checked.set.name, FindingKind::packing,
+                     "textures " + in_quotes(first->source.texture->name) + " and " +
+                         in_quotes(second->source.texture->name) +
+                         (pairs > 1 ? " (and " + std::to_string(pairs - 1) + " more pairs)" : "") +
+                         " overlap by a texel, because they have odd sides: pad them by 1 or more");
+}
+
 /// Takes the surface to the size of its image, as the baker does.
 void SetCheck::check_atlas(Work& work, AtlasSurface& surface, const std::string& atlas_name) {
     const SetUnderCheck& checked = work.checked;
     const AtlasSetDefinition& set = checked.set;
     if (surface.entries().empty())
         return;
+    check_overlaps(work, surface);
     surface.adjust_tiling();
     surface.shrink();
     if (set.file_format == TextureFileFormat::DDS && is_dxt(set.texel_format) && !work.told_sides &&

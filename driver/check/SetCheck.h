@@ -52,6 +52,7 @@ private:
         std::size_t packing_faults = 0; ///< that a run would stop at
         bool told_sides = false;
         bool told_mixture = false;
+        bool told_overlap = false;
         /// What concerns textures of the autofill directory, with their names, so that each thing is told once.
         std::map<std::pair<FindingKind, std::string>, std::vector<std::string>> of_autofill{};
     };
@@ -72,6 +73,7 @@ private:
     void pack_split(Work& work, const AtlasSetDefinition& set);
     void check_strategies(Work& work);
     void check_area(Work& work);
+    void check_overlaps(Work& work, const AtlasSurface& surface);
     void check_atlas(Work& work, AtlasSurface& surface, const std::string& atlas_name);
     const PixelOutlook& outlook(const std::string& path);
 

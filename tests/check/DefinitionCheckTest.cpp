@@ -111,6 +111,10 @@ struct FaultCase {
     std::string told{}; ///< by the run
 };
 
+void PrintTo(const FaultCase& each, std::ostream* out) {
+    *out << each.xml;
+}
+
 /// A set that has nothing wrong with it, with some attributes and its content.
 std::string atlas(const std::string& attributes, const std::string& content = "<t name='wall'/>") {
     return "<atlas name='a' width='64' height='64' " + attributes + ">" + content + "</atlas>";
@@ -176,7 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"<g>\n<xi:include href='x.xml'/>" + atlas("") + "</g>",
                   "2: include: included file \"x.xml\" is not found or empty: it adds nothing"},
         FaultCase{
-            "<g>" + atlas("category=\"&nbsp;\"") + "</g>",
+            "<g>" + atlas("o:note=\"&nbsp;\"") + "</g>",
             "1: definition: unknown entity \"&nbsp;\" stays as it is: there are &lt; &gt; &amp; &apos; and &quot;"},
         FaultCase{"<g>\n</h>", "2: definition: Identifiers must match", Outcome::ends, "Identifiers must match"},
         FaultCase{"", "0: definition: the definition is not found or empty: a run makes nothing and says nothing"},
@@ -260,6 +264,8 @@ INSTANTIATE_TEST_SUITE_P(
             Outcome::ends, "Error saving image to file"},
         FaultCase{atlas("", "<t name='wall'/>\n<t name='odd' rename_to='wall'/>"),
                   "2: output: the set holds \"wall\" a second time, under the same name"},
+        FaultCase{atlas("category=\"R&amp;D\""),
+                  "1: output: name or category of the set holds &, < or a double quote, which breaks its database"},
         FaultCase{"<texture_set name='s'><t name='wall' rename_to='x/y'/></texture_set>",
                   "1: output: rename_to \"x/y\" names a folder, which is not made: the file can't be written",
                   Outcome::ends, "Error saving image to file"}));
@@ -311,6 +317,19 @@ TEST_F(DefinitionCheckTest, tells_what_the_index_passes_over) {
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_THAT(result.console, AllOf(HasSubstr("Texture name collision between"), HasSubstr("/tex/rock.png"),
                                       HasSubstr("/tex/odd.bmp"), HasSubstr("/tex/old.dds"), Not(HasSubstr("big.TGA"))));
+}
+
+/// The packer takes an odd side for the next smaller even one.
+TEST_F(DefinitionCheckTest, tells_textures_that_overlap) {
+    folder.write("tex/drei.tga", tga_bytes(3, 3));
+    folder.write("tex/trois.tga", tga_bytes(3, 3));
+    const std::string content = "<t name='drei'/><t name='trois'/>";
+    EXPECT_THAT(
+        lines(atlas("", content)),
+        ElementsAre("sets.xml:1: packing: textures \"drei\" and \"trois\" overlap by a texel, because they have odd "
+                    "sides: pad them by 1 or more"));
+    expect_run(Outcome::says_nothing, "");
+    EXPECT_THAT(lines(atlas("pad_texels_u='1'", content)), IsEmpty());
 }
 
 TEST_F(DefinitionCheckTest, tells_textures_that_no_set_uses) {
