@@ -44,7 +44,7 @@ std::int32_t shrunk_side(std::int32_t side, std::int64_t content) {
 }
 
 /// The driver's text lists every texture with its reason in parentheses; the first few will do.
-std::string first_reasons(std::string text) {
+std::string first_reasons(const std::string& text) {
     constexpr int most_reasons = 3;
     std::size_t end = 0;
     for (int reason = 0; reason < most_reasons && end != std::string::npos; ++reason)
