@@ -153,45 +153,176 @@ void read_textures_root(ElementReading& reading, const SetAttribute& attribute) 
     reading.index.set_root(slot, kst::find_host_path(join_path(base, value)));
 }
 
+using Words = std::vector<std::string_view>;
+
+template <class Enum>
+Words keywords() {
+    Words words;
+    for (const auto& entry : KeywordTable<Enum>::entries)
+        words.push_back(entry.word);
+    return words;
+}
+
+template <class Table>
+Words words_of(const Table& table) {
+    Words words;
+    for (const auto& row : table)
+        words.push_back(row.word);
+    return words;
+}
+
+Words booleans() {
+    return {"true", "false"};
+}
+
+Words set_offsets() {
+    return words_of(offset_words);
+}
+
+Words entry_offsets() {
+    return words_of(std::span(offset_words).first(entry_offset_words));
+}
+
+Words templates() {
+    return words_of(packing_templates);
+}
+
+Words rotations() {
+    return {"0", "90", "180", "270"};
+}
+
 using Set = AtlasSetDefinition;
 using Form = AttributeForm;
+using Use = AttributeUse;
+
+constexpr AttributeValues removal_values{
+    "Which texture leaves an atlas that overflows or stays below min_usage. The strategies are asked in their order. "
+    "They are added behind the inherited ones; on an element with autopacking_template the first takes their place.",
+    keywords<RemovalKind>};
+
+constexpr AttributeValues further_root_values{
+    "A further textures root. Relative to the root in force in its slot, or to the one of the command line."};
 
 constexpr std::array set_attribute_table{
-    SetAttribute{"name", Form::text, read_name},
-    SetAttribute{"width", Form::integer, read_member<&Set::width>},
-    SetAttribute{"height", Form::integer, read_member<&Set::height>},
-    SetAttribute{"nr_mips", Form::integer, read_member<&Set::nr_mips>},
-    SetAttribute{"texel_format", Form::keyword, read_member<&Set::texel_format>},
-    SetAttribute{"autofill", Form::directory, read_member<&Set::autofill>},
-    SetAttribute{"file_format", Form::keyword, read_member<&Set::file_format>},
-    SetAttribute{"halftexel_offsets", Form::offset_word, read_set_offset},
-    SetAttribute{"pad_texels_u", Form::integer, read_member<&Set::pad_texels_u>},
-    SetAttribute{"pad_texels_v", Form::integer, read_member<&Set::pad_texels_v>},
-    SetAttribute{"allow_autoload", Form::boolean, read_member<&Set::allow_autoload>},
-    SetAttribute{"mip_filter", Form::keyword, read_member<&Set::mip_filter>},
-    SetAttribute{template_attribute, Form::template_word, apply_template},
-    SetAttribute{"min_usage", Form::decimal, read_member<&Set::min_usage>},
-    SetAttribute{"precook_strat", Form::keyword, read_member<&Set::precook_strat>},
-    SetAttribute{"packing_order_strat", Form::keyword, read_member<&Set::packing_order_strat>},
-    SetAttribute{"insertion_strat", Form::keyword, read_member<&Set::insertion_strat>},
-    SetAttribute{"removal_strat0", Form::keyword, add_removal_strategy},
-    SetAttribute{"removal_strat1", Form::keyword, add_removal_strategy},
-    SetAttribute{"removal_strat2", Form::keyword, add_removal_strategy},
-    SetAttribute{"removal_strat3", Form::keyword, add_removal_strategy},
-    SetAttribute{"removal_strat4", Form::keyword, add_removal_strategy},
-    SetAttribute{"textures_root", Form::directory, read_textures_root, 0},
-    SetAttribute{"textures_root1", Form::directory, read_textures_root, 1},
-    SetAttribute{"textures_root2", Form::directory, read_textures_root, 2},
-    SetAttribute{"textures_root3", Form::directory, read_textures_root, 3},
-    SetAttribute{"textures_root4", Form::directory, read_textures_root, 4},
-    SetAttribute{"textures_root5", Form::directory, read_textures_root, 5},
-    SetAttribute{"textures_root6", Form::directory, read_textures_root, 6},
-    SetAttribute{"textures_root7", Form::directory, read_textures_root, 7},
-    SetAttribute{"textures_root8", Form::directory, read_textures_root, 8},
-    SetAttribute{"textures_root9", Form::directory, read_textures_root, 9},
-    SetAttribute{"category", Form::text, read_member<&Set::category>},
-    SetAttribute{"drop_mips", Form::integer, read_member<&Set::drop_mips>},
-    SetAttribute{"autosplit", Form::boolean, read_member<&Set::autosplit>},
+    SetAttribute{"name",
+                 Form::text,
+                 read_name,
+                 {"Joined to the name of the element above by a slash. The full name of a set is its folder below the "
+                  "output root."}},
+    SetAttribute{"width",
+                 Form::integer,
+                 read_member<&Set::width>,
+                 {"Width of the atlas surface in texels, before drop_mips.", nullptr, 1},
+                 Use::atlases},
+    SetAttribute{"height",
+                 Form::integer,
+                 read_member<&Set::height>,
+                 {"Height of the atlas surface in texels, before drop_mips.", nullptr, 1},
+                 Use::atlases},
+    SetAttribute{"nr_mips",
+                 Form::integer,
+                 read_member<&Set::nr_mips>,
+                 {"Mip levels of the output; 0 means all. TGA, PNG and BMP files hold level 0 alone.", nullptr, 0}},
+    SetAttribute{"texel_format",
+                 Form::keyword,
+                 read_member<&Set::texel_format>,
+                 {"Format of the texels that are written. TGA, PNG and BMP files hold AF_A8R8G8B8 alone; the DXT "
+                  "formats need sides that are 1, 2 or a multiple of 4.",
+                  keywords<TexelFormat>}},
+    SetAttribute{"autofill",
+                 Form::directory,
+                 read_member<&Set::autofill>,
+                 {"Every texture below this directory of a textures root joins the set. The atlas may then become "
+                  "several. An empty value ends an inherited one."}},
+    SetAttribute{"file_format",
+                 Form::keyword,
+                 read_member<&Set::file_format>,
+                 {"Kind of image file that is written.", keywords<TextureFileFormat>}},
+    SetAttribute{"halftexel_offsets",
+                 Form::word,
+                 read_set_offset,
+                 {"How far the rectangles of the database are pulled in: false 0 texels, true 0.5, then 1, 2 and 3.",
+                  set_offsets},
+                 Use::atlases},
+    SetAttribute{"pad_texels_u",
+                 Form::integer,
+                 read_member<&Set::pad_texels_u>,
+                 {"Texels of padding left and right of each texture, filled by repeating its edge.", nullptr, 0},
+                 Use::atlases},
+    SetAttribute{"pad_texels_v",
+                 Form::integer,
+                 read_member<&Set::pad_texels_v>,
+                 {"Texels of padding above and below each texture, filled by repeating its edge.", nullptr, 0},
+                 Use::atlases},
+    SetAttribute{
+        "allow_autoload", Form::boolean, read_member<&Set::allow_autoload>, {"Copied into the databases.", booleans}},
+    SetAttribute{
+        "mip_filter",
+        Form::keyword,
+        read_member<&Set::mip_filter>,
+        {"How the mip levels are made. KEEP takes those of a DDS file that has them all.", keywords<MipFilter>}},
+    SetAttribute{template_attribute,
+                 Form::word,
+                 apply_template,
+                 {"Presets for packing, which the attributes behind it can change one by one.", templates},
+                 Use::split_atlases},
+    SetAttribute{
+        "min_usage",
+        Form::decimal,
+        read_member<&Set::min_usage>,
+        {"Least share of an atlas that must be used. An atlas that stays below it gives up textures to the next.",
+         nullptr, 0, 1},
+        Use::split_atlases},
+    SetAttribute{"precook_strat",
+                 Form::keyword,
+                 read_member<&Set::precook_strat>,
+                 {"MAJOR_UDIM turns tall textures by 90 degrees, MAJOR_VDIM wide ones.", keywords<PrecookStrategy>},
+                 Use::split_atlases},
+    SetAttribute{"packing_order_strat",
+                 Form::keyword,
+                 read_member<&Set::packing_order_strat>,
+                 {"Order in which textures are placed: by area, width or height. BY_PRECOOK follows precook_strat, "
+                  "which must then turn textures.",
+                  keywords<PackingOrder>},
+                 Use::split_atlases},
+    SetAttribute{"insertion_strat",
+                 Form::keyword,
+                 read_member<&Set::insertion_strat>,
+                 {"How a free place is looked for: at every texel or in steps of the smallest texture, over the whole "
+                  "surface or from the top left corner outwards.",
+                  keywords<InsertionStrategy>},
+                 Use::split_atlases},
+    SetAttribute{"removal_strat0", Form::keyword, add_removal_strategy, removal_values, Use::split_atlases},
+    SetAttribute{"removal_strat1", Form::keyword, add_removal_strategy, removal_values, Use::split_atlases},
+    SetAttribute{"removal_strat2", Form::keyword, add_removal_strategy, removal_values, Use::split_atlases},
+    SetAttribute{"removal_strat3", Form::keyword, add_removal_strategy, removal_values, Use::split_atlases},
+    SetAttribute{"removal_strat4", Form::keyword, add_removal_strategy, removal_values, Use::split_atlases},
+    SetAttribute{"textures_root",
+                 Form::directory,
+                 read_textures_root,
+                 {"Where textures are looked for from here on. Relative to the root in force."},
+                 Use::every_set,
+                 0},
+    SetAttribute{"textures_root1", Form::directory, read_textures_root, further_root_values, Use::every_set, 1},
+    SetAttribute{"textures_root2", Form::directory, read_textures_root, further_root_values, Use::every_set, 2},
+    SetAttribute{"textures_root3", Form::directory, read_textures_root, further_root_values, Use::every_set, 3},
+    SetAttribute{"textures_root4", Form::directory, read_textures_root, further_root_values, Use::every_set, 4},
+    SetAttribute{"textures_root5", Form::directory, read_textures_root, further_root_values, Use::every_set, 5},
+    SetAttribute{"textures_root6", Form::directory, read_textures_root, further_root_values, Use::every_set, 6},
+    SetAttribute{"textures_root7", Form::directory, read_textures_root, further_root_values, Use::every_set, 7},
+    SetAttribute{"textures_root8", Form::directory, read_textures_root, further_root_values, Use::every_set, 8},
+    SetAttribute{"textures_root9", Form::directory, read_textures_root, further_root_values, Use::every_set, 9},
+    SetAttribute{
+        "category", Form::text, read_member<&Set::category>, {"Handed to the textures and copied into the databases."}},
+    SetAttribute{"drop_mips",
+                 Form::integer,
+                 read_member<&Set::drop_mips>,
+                 {"Top mip levels to leave out: the surface and the textures are halved as often.", nullptr, 0, 30}},
+    SetAttribute{"autosplit",
+                 Form::boolean,
+                 read_member<&Set::autosplit>,
+                 {"The set may become several atlases, in the folders atlas0, atlas1, ... below its own.", booleans},
+                 Use::atlases},
 };
 
 /// An empty category means the set's, which the entry starts from.
@@ -204,15 +335,54 @@ void read_entry_category(const kst::XMLNode& node, const EntryAttribute& attribu
 using Entry = SetTextureEntry;
 
 constexpr std::array entry_attribute_table{
-    EntryAttribute{"width", Form::integer, read_entry_member<&Entry::width>},
-    EntryAttribute{"height", Form::integer, read_entry_member<&Entry::height>},
-    EntryAttribute{"pad_texels_u", Form::integer, read_entry_member<&Entry::pad_texels_u>},
-    EntryAttribute{"pad_texels_v", Form::integer, read_entry_member<&Entry::pad_texels_v>},
-    EntryAttribute{"rotation", Form::integer, read_entry_member<&Entry::rotation>},
-    EntryAttribute{"category", Form::text, read_entry_category},
-    EntryAttribute{"rename_to", Form::text, read_entry_member<&Entry::rename_to>},
-    EntryAttribute{"halftexel_offsets", Form::offset_word, read_entry_offset},
-    EntryAttribute{"mip_filter", Form::keyword, read_entry_member<&Entry::mip_filter>},
+    EntryAttribute{"width",
+                   Form::integer,
+                   read_entry_member<&Entry::width>,
+                   {"Forced width: that of one of the mip levels, together with the height.", nullptr, -1}},
+    EntryAttribute{"height",
+                   Form::integer,
+                   read_entry_member<&Entry::height>,
+                   {"Forced height: that of one of the mip levels, together with the width.", nullptr, -1}},
+    EntryAttribute{"pad_texels_u",
+                   Form::integer,
+                   read_entry_member<&Entry::pad_texels_u>,
+                   {"In place of the padding of the set.", nullptr, 0},
+                   Use::atlases},
+    EntryAttribute{"pad_texels_v",
+                   Form::integer,
+                   read_entry_member<&Entry::pad_texels_v>,
+                   {"In place of the padding of the set.", nullptr, 0},
+                   Use::atlases},
+    EntryAttribute{"rotation",
+                   Form::integer,
+                   read_entry_member<&Entry::rotation>,
+                   {"Degrees by which the texture is turned clockwise.", rotations},
+                   Use::atlases},
+    EntryAttribute{"category", Form::text, read_entry_category, {"In place of the category of the set."}},
+    EntryAttribute{"rename_to",
+                   Form::text,
+                   read_entry_member<&Entry::rename_to>,
+                   {"The name in the database and, in a texture set, of the file."}},
+    EntryAttribute{"halftexel_offsets",
+                   Form::word,
+                   read_entry_offset,
+                   {"In place of the offset of the set: false 0 texels, true 0.5, onetexel_offsets 1.", entry_offsets},
+                   Use::atlases},
+    EntryAttribute{"mip_filter",
+                   Form::keyword,
+                   read_entry_member<&Entry::mip_filter>,
+                   {"In place of the filter of the set.", keywords<MipFilter>}},
+};
+
+/// In the order of the reader.
+constexpr std::array resolved_entry_attribute_table{
+    EntryAttribute{
+        "name", Form::text, nullptr, {"The texture, by its file name without directory and extension, in any case."}},
+    EntryAttribute{"used_by",
+                   Form::integers,
+                   nullptr,
+                   {"Numbers of the groups that use the texture, separated by single blanks. "
+                    "SMALLEST_FROM_SMALLEST_GROUP counts them."}},
 };
 
 } // namespace
@@ -225,12 +395,27 @@ std::span<const EntryAttribute> entry_attributes() {
     return entry_attribute_table;
 }
 
+std::span<const EntryAttribute> resolved_entry_attributes() {
+    return resolved_entry_attribute_table;
+}
+
 AtlasSetDefinition read_set_attributes(const AtlasSetDefinition& parent, const kst::XMLNode& node,
                                        TextureIndex& index) {
+    return read_set_attributes(parent, node, index, [](const SetAttribute&, const std::runtime_error&) { throw; });
+}
+
+AtlasSetDefinition
+read_set_attributes(const AtlasSetDefinition& parent, const kst::XMLNode& node, TextureIndex& index,
+                    const std::function<void(const SetAttribute&, const std::runtime_error&)>& failed) {
     AtlasSetDefinition set = parent;
     ElementReading reading{node, parent, index, set};
-    for (const SetAttribute& attribute : set_attribute_table)
-        attribute.read(reading, attribute);
+    for (const SetAttribute& attribute : set_attribute_table) {
+        try {
+            attribute.read(reading, attribute);
+        } catch (const std::runtime_error& failure) {
+            failed(attribute, failure);
+        }
+    }
     // The root passes here too, so every element below it inherits at least this one.
     if (set.removal_strats.empty())
         set.removal_strats = {RemovalKind::BIGGEST};

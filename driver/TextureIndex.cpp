@@ -3,7 +3,6 @@
 #include "driver/DirectoryListing.h"
 #include "driver/records/PathText.h"
 #include "driver/records/Report.h"
-#include "source/utility/platform/PathInfo.h"
 #include "texture/ImageReader.h"
 
 #include <algorithm>
@@ -27,52 +26,69 @@ void warn_of_collision(const SourceTexture& standing, const std::string& path) {
                      << path << " - check your texture roots!" << std::endl;
 }
 
+SourceTexture make_texture_of_file(std::string name, std::string path) {
+    return make_source_texture(std::move(name), std::move(path));
+}
+
+} // namespace
+
+TextureIndex::TextureIndex(std::string textures_root) : TextureIndex(std::move(textures_root), make_texture_of_file) {}
+
+TextureIndex::TextureIndex(std::string textures_root, MakeTexture make_texture)
+    : make_texture_(std::move(make_texture)), base_root_(std::move(textures_root)) {
+    roots_[0] = base_root_;
+}
+
 /// Two files of one directory that differ only in extension are no collision.
-void file_texture(const DirectoryEntry& file, TextureIndex::Records& records) {
+void TextureIndex::file_texture(const DirectoryEntry& file) {
     std::string key = lower_name(file.base);
-    auto texture = std::make_unique<SourceTexture>(make_source_texture(key, file.path));
-    std::unique_ptr<SourceTexture>& standing = records[key];
+    auto texture = std::make_unique<SourceTexture>(make_texture_(key, file.path));
+    std::unique_ptr<SourceTexture>& standing = records_[std::move(key)];
     if (standing == nullptr) {
         standing = std::move(texture);
         return;
     }
-    if (directory_of(standing->image.file_path) != directory_of(file.path))
+    const bool collide = directory_of(standing->image.file_path) != directory_of(file.path);
+    if (collide)
         warn_of_collision(*standing, file.path);
-    if (file.extension == "dds")
+    const bool replaces = file.extension == "dds";
+    if (collide || (!replaces && !standing->image.file_path.ends_with(".dds"))) {
+        const std::string& stays = replaces ? file.path : standing->image.file_path;
+        const std::string& goes = replaces ? standing->image.file_path : file.path;
+        findings_.push_back({collide ? IndexFault::collision : IndexFault::twin, goes, stays, {}});
+    }
+    if (replaces)
         standing = std::move(texture);
 }
 
 /// Depth first, in listing order. `above` holds the directories that are being walked: a link that leads back to one of
 /// them is passed over.
-void walk_directory(const std::string& directory, std::vector<kst::platform::FileIdentity>& above,
-                    TextureIndex::Records& records) {
+void TextureIndex::walk_directory(const std::string& directory, std::vector<kst::platform::FileIdentity>& above) {
     kst::platform::PathInfo info;
     if (kst::platform::path_info(directory, info) != kst::platform::PathResult::ok)
         return;
     if (std::find(above.begin(), above.end(), info.identity) != above.end()) {
         *Report.warnings << "Directory " << directory << " leads back to a directory above it and is passed over"
                          << std::endl;
+        findings_.push_back({IndexFault::directory_circle, directory, {}, {}});
         return;
     }
     above.push_back(info.identity);
     for (const DirectoryEntry& entry : list_directory(directory)) {
         if (entry.is_directory) {
-            walk_directory(entry.path, above, records);
+            walk_directory(entry.path, above);
         } else if (is_texture_extension(entry.extension)) {
             try {
-                file_texture(entry, records);
+                file_texture(entry);
             } catch (const std::runtime_error& failure) {
                 *Report.warnings << failure.what() << std::endl;
+                findings_.push_back({IndexFault::unreadable, entry.path, {}, failure.what()});
             }
+        } else if (is_texture_extension(lower_name(entry.extension))) {
+            findings_.push_back({IndexFault::extension_case, entry.path, {}, {}});
         }
     }
     above.pop_back();
-}
-
-} // namespace
-
-TextureIndex::TextureIndex(std::string textures_root) : base_root_(std::move(textures_root)) {
-    roots_[0] = base_root_;
 }
 
 void TextureIndex::set_root(std::size_t slot, std::string path) {
@@ -94,10 +110,12 @@ std::vector<std::string> TextureIndex::unique_roots() const {
 void TextureIndex::ensure_built() {
     if (built_)
         return;
+    ++walks_;
+    findings_.clear();
     for (const std::string& root : unique_roots()) {
         *Report.verbose << "Indexing " << root << "... ";
         std::vector<kst::platform::FileIdentity> above;
-        walk_directory(root, above, records_);
+        walk_directory(root, above);
         *Report.verbose << "done (" << records_.size() << " textures found)" << std::endl;
     }
     built_ = true;

@@ -1,15 +1,35 @@
 #pragma once
 
 #include "driver/records/SourceTexture.h"
+#include "source/utility/platform/PathInfo.h"
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace mosaicer {
+
+struct DirectoryEntry;
+
+/// What a walk over the roots passed over or chose between.
+enum class IndexFault {
+    unreadable,      ///< left out: its header cannot be read; `text` says why
+    collision,       ///< of two files of one name in different directories, `path` is left out for `other`
+    twin,            ///< of two files of one name in one directory, neither a ".dds", `path` is left out for `other`
+    extension_case,  ///< left out: its extension is that of a texture but for its case
+    directory_circle ///< a directory that leads back to one above it, not walked
+};
+
+struct IndexFinding {
+    IndexFault fault;
+    std::string path;
+    std::string other; ///< the file that stands in the index in its place, or empty
+    std::string text;
+};
 
 /// All source textures below up to ten root directories, by lower-case base name. Built when a first set needs it.
 ///
@@ -23,8 +43,12 @@ public:
     using Roots = std::array<std::string, slot_count>;
     using Records = std::map<std::string, std::unique_ptr<SourceTexture>>;
 
+    /// Makes the record of a file from its key and path. Throws std::runtime_error where that can't be done.
+    using MakeTexture = std::function<SourceTexture(std::string, std::string)>;
+
     /// `textures_root` becomes slot 0 and the base root. Touches no disk.
     explicit TextureIndex(std::string textures_root);
+    TextureIndex(std::string textures_root, MakeTexture make_texture);
 
     /// The slot takes `path`. If that differs from its text, all records are dropped and the next ensure_built walks
     /// anew.
@@ -41,6 +65,12 @@ public:
     /// Walks the roots if that has not been done. A file that can't be read is told on Report.warnings and left out.
     void ensure_built();
 
+    /// How often the roots have been walked.
+    std::size_t walks() const { return walks_; }
+
+    /// Of the last walk, in its order.
+    const std::vector<IndexFinding>& findings() const { return findings_; }
+
     /// Null if there is no such texture. `key` is in lower case. Records live until a root changes.
     SourceTexture* find(const std::string& key) const;
 
@@ -48,8 +78,14 @@ public:
     const Records& records() const { return records_; }
 
 private:
+    void file_texture(const DirectoryEntry& file);
+    void walk_directory(const std::string& directory, std::vector<kst::platform::FileIdentity>& above);
+
+    MakeTexture make_texture_;
     Roots roots_;
     Records records_;
+    std::vector<IndexFinding> findings_;
+    std::size_t walks_ = 0;
     bool built_ = false;
     std::string base_root_;
 };

@@ -54,18 +54,29 @@ FREE_IMAGE_FORMAT library_format(BitmapFormat format) {
     return FIF_BMP;
 }
 
+/// The other kinds of image, 16-bit grey and floats, have no form of 32 bits.
+bool converts_to_32_bits(FIBITMAP* bitmap) {
+    const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap);
+    return type == FIT_BITMAP || type == FIT_RGB16 || type == FIT_RGBA16;
+}
+
 /// Asks for the header alone, so that a short file cannot make us take memory for a picture that it does not hold.
-bool size_is_plausible(const std::string& path, BitmapFormat format) {
+std::optional<std::pair<std::int32_t, std::int32_t>> plausible_size(const std::string& path, BitmapFormat format) {
+    use_library();
+    // The library would wait at a pipe for ever.
+    std::error_code missing;
+    if (!std::filesystem::is_regular_file(path, missing))
+        return std::nullopt;
     const Handle header(FreeImage_Load(library_format(format), path.c_str(), FIF_LOAD_NOPIXELS));
-    if (header == nullptr)
-        return false;
+    if (header == nullptr || !converts_to_32_bits(header.get()))
+        return std::nullopt;
     const std::int64_t width = FreeImage_GetWidth(header.get());
     const std::int64_t height = FreeImage_GetHeight(header.get());
     if (width < 1 || height < 1 || width > max_image_side || height > max_image_side ||
-        width * height > max_image_pixels)
-        return false;
-
-    return file_can_hold(path, format, {width, height, FreeImage_GetBPP(header.get())});
+        width * height > max_image_pixels ||
+        !file_can_hold(path, format, {width, height, FreeImage_GetBPP(header.get())}))
+        return std::nullopt;
+    return std::pair(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
 }
 
 unsigned write_to_file(void* buffer, unsigned size, unsigned count, fi_handle handle) {
@@ -133,10 +144,7 @@ Bitmap::~Bitmap() {
 }
 
 std::optional<Bitmap> Bitmap::load(const std::string& path, BitmapFormat format) {
-    use_library();
-    // The library would wait at a pipe for ever.
-    std::error_code missing;
-    if (!std::filesystem::is_regular_file(path, missing) || !size_is_plausible(path, format))
+    if (!plausible_size(path, format))
         return std::nullopt;
     Handle loaded(FreeImage_Load(library_format(format), path.c_str(), 0));
     if (loaded == nullptr)
@@ -147,6 +155,10 @@ std::optional<Bitmap> Bitmap::load(const std::string& path, BitmapFormat format)
     if (loaded == nullptr)
         return std::nullopt;
     return Bitmap(loaded.release());
+}
+
+std::optional<std::pair<std::int32_t, std::int32_t>> Bitmap::read_size(const std::string& path, BitmapFormat format) {
+    return plausible_size(path, format);
 }
 
 bool Bitmap::save(const std::string& path, BitmapFormat format) const {

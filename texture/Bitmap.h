@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct FIBITMAP;
@@ -39,6 +40,9 @@ public:
     /// kind that has no such conversion (16-bit grey, floats), or tells a size beyond max_image_side, max_image_pixels
     /// or what a file of its length can hold.
     static std::optional<Bitmap> load(const std::string& path, BitmapFormat format);
+
+    /// The size that `load` would give a file, width first. Reads the header alone, so damage behind it goes unseen.
+    static std::optional<std::pair<std::int32_t, std::int32_t>> read_size(const std::string& path, BitmapFormat format);
 
     /// Writes the file with the library's default settings. False when it cannot be opened or written in full; then
     /// nothing half-written stays.

@@ -92,7 +92,8 @@ std::optional<ImageFile> read_image_file(const std::string& path, FileLevels lev
     throw std::runtime_error("Unhandled image format for " + path);
 }
 
-SourceTexture make_source_texture(std::string name, std::string path) {
+SourceTexture make_source_texture(std::string name, std::string path,
+                                  std::optional<ImageInfo> (*read_info)(const std::string&)) {
     SourceTexture texture;
     texture.is_bump = name.ends_with("_bm");
     const auto holds = [&](std::string_view part) { return name.find(part) != std::string::npos; };
@@ -103,7 +104,7 @@ SourceTexture make_source_texture(std::string name, std::string path) {
     else
         texture.tile_u = texture.tile_v = holds("_xy_") || holds("_yx_");
 
-    const std::optional<ImageInfo> info = read_image_info(path);
+    const std::optional<ImageInfo> info = read_info(path);
     if (!info)
         throw std::runtime_error("Failure getting info for file " + path);
     texture.name = std::move(name);

@@ -36,7 +36,9 @@ std::optional<ImageFile> read_image_file(const std::string& path, FileLevels lev
 
 /// The record of one texture: its flags from the name, its size from the file. A name that ends in "_bm" marks a bump
 /// map; the first of "_x_", "_y_", then "_xy_" or "_yx_" found in it says where the texture tiles. Throws as
-/// read_image_info, and std::runtime_error "Failure getting info for file " + path when that gives nothing.
-SourceTexture make_source_texture(std::string name, std::string path);
+/// read_image_info, and std::runtime_error "Failure getting info for file " + path when that gives nothing. `read_info`
+/// may be another reader of the same answer.
+SourceTexture make_source_texture(std::string name, std::string path,
+                                  std::optional<ImageInfo> (*read_info)(const std::string&) = read_image_info);
 
 } // namespace mosaicer

@@ -29,11 +29,10 @@ void make_levels(MipChain& mips, MipFilter filter) {
         filter_mips(mips, filter);
 }
 
-/// How many levels stand above the one of the forced size.
-std::size_t levels_to_drop(std::int32_t width, std::int32_t height, const LoadOptions& options,
-                           const std::string& path) {
-    const std::int32_t wanted_width = options.forced_width;
-    const std::int32_t wanted_height = options.forced_height;
+} // namespace
+
+std::size_t levels_to_drop(std::int32_t width, std::int32_t height, std::int32_t wanted_width,
+                           std::int32_t wanted_height, const std::string& path) {
     if ((wanted_width > 0 && wanted_height < 0) || (wanted_width < 0 && wanted_height > 0))
         throw std::runtime_error("Texture resizing must be specified for both width and height; " + path);
     if (wanted_width <= 0 || wanted_height <= 0)
@@ -54,8 +53,6 @@ std::size_t levels_to_drop(std::int32_t width, std::int32_t height, const LoadOp
     }
     return dropped;
 }
-
-} // namespace
 
 std::array<float, 4> average_colour(const Bitmap& bitmap) {
     // The sums round as they grow, so their order is part of the result: pixel after pixel. Four sums that do not wait
@@ -95,7 +92,8 @@ LoadedTexture load_image(const TextureImage& image, const LoadOptions& options) 
     const bool filtered =
         with_mips && (filter != MipFilter::KEEP || mips.size() != full_level_count(texture.width, texture.height));
     const MipFilter used_filter = filtered ? filter_for_missing_levels(filter, image.file_path) : filter;
-    const std::size_t dropped = levels_to_drop(texture.width, texture.height, options, image.file_path);
+    const std::size_t dropped =
+        levels_to_drop(texture.width, texture.height, options.forced_width, options.forced_height, image.file_path);
     if (filtered && options.top_level_only && dropped == 0)
         mips.erase(mips.begin() + 1, mips.end());
     else if (filtered)

@@ -5,7 +5,9 @@
 #include "texture/MipChain.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace mosaicer {
 
@@ -37,6 +39,11 @@ struct LoadOptions {
 /// specified for both width and height; ", "Texture resizing must maintain aspect ratio of original image; ", "Only
 /// texture downsizing is allowed; ", "Unable to resize texture " PATH " to specified width/height".
 LoadedTexture load_image(const TextureImage& image, const LoadOptions& options);
+
+/// How many levels of a full chain stand above the one of a forced size; 0 if either forced side is 0, or both are
+/// below. Throws the texts of load_image about resizing.
+std::size_t levels_to_drop(std::int32_t width, std::int32_t height, std::int32_t wanted_width,
+                           std::int32_t wanted_height, const std::string& path);
 
 /// Red, green, blue, alpha, 0 to 1: single-precision sums over the pixels in stored order.
 std::array<float, 4> average_colour(const Bitmap& bitmap);

@@ -1,60 +1,17 @@
 // Runs the program as a shell would: arguments in; exit code, standard output and standard error out.
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/kst/KstProgram.h"
 #include "tests/support/tga_bytes.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <string>
-#include <vector>
 
 namespace mosaicer {
 namespace {
 
-using test_support::TemporaryDirectory;
+using test_support::KstProgram;
+using test_support::Result;
 using test_support::tga_bytes;
 using testing::HasSubstr;
 
-struct Result {
-    int exit_code = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string quoted(const std::string& argument) {
-    std::string shell = "'";
-    for (const char c : argument)
-        shell += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return shell + "'";
-}
-
-class Kst : public testing::Test {
-protected:
-    /// Runs in the folder, so that paths in messages are as given.
-    Result run(const std::vector<std::string>& arguments) const {
-        std::string command = "cd " + quoted(folder.path().string()) + " && " + quoted(KST_PROGRAM);
-        for (const std::string& argument : arguments)
-            command += " " + quoted(argument);
-        const TemporaryDirectory output;
-        command += " >" + quoted((output / "out")) + " 2>" + quoted((output / "err"));
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output.read("out"), output.read("err")};
-    }
-
-    void expect(const std::vector<std::string>& arguments, int exit_code, const std::string& out,
-                const std::string& err) const {
-        const Result result = run(arguments);
-        EXPECT_EQ(result.exit_code, exit_code) << testing::PrintToString(arguments);
-        EXPECT_EQ(result.out, out) << testing::PrintToString(arguments);
-        EXPECT_EQ(result.err, err) << testing::PrintToString(arguments);
-    }
-
-    TemporaryDirectory folder;
-};
+class Kst : public KstProgram {};
 
 TEST_F(Kst, tells_help_and_version_and_refuses_wrong_command_lines) {
     for (const char* arguments : {"--help", "--version"})

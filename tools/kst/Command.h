@@ -24,5 +24,11 @@ void add_script_commands(CLI::App& app);
 void add_script_run_command(CLI::App& script);
 void add_stats_commands(CLI::App& app);
 void add_objects_command(CLI::App& app);
+void add_atlas_commands(CLI::App& app);
+
+// Each adds one subcommand of the group `atlas`.
+
+void add_atlas_check(CLI::App& atlas);
+void add_atlas_schema(CLI::App& atlas);
 
 } // namespace kst::tool

@@ -26,6 +26,7 @@ int run(int argc, char** argv) {
     kst::tool::add_script_commands(app);
     kst::tool::add_stats_commands(app);
     kst::tool::add_objects_command(app);
+    kst::tool::add_atlas_commands(app);
     kst::VirtualFileSystem files;
     kst::DiskFileSystem disk;
     files.mount("/", &disk, /*owned=*/false);

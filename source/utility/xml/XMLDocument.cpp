@@ -48,6 +48,7 @@ XMLDocument::~XMLDocument() = default;
 void XMLDocument::clear() {
     assign(XMLNode());
     included_files_.clear();
+    passed_over_includes_.clear();
 }
 
 void XMLDocument::set_path(const std::string& path) {
@@ -133,6 +134,7 @@ bool XMLDocument::parse_archive(const Archive& archive) {
 }
 
 bool XMLDocument::parse_with(const Archive& archive, XMLLoadState& state) {
+    passed_over_includes_.clear();
     XMLReader reader(archive, detect_xml_encoding(archive));
     const auto bytes = static_cast<std::uint64_t>(archive.size() - archive.position());
     state.source_bytes += bytes;

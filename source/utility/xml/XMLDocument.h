@@ -15,6 +15,23 @@ namespace kst {
 
 struct XMLLoadState;
 
+/// Why an include element added nothing.
+enum class XMLIncludeFault {
+    missing,          ///< the file cannot be opened or is empty
+    unknown_entity,   ///< an entity in it is unknown, which counts as not loaded
+    nothing_selected, ///< its pointer selects no node
+    not_parsed,       ///< parse="text", which includes nothing
+};
+
+/// An include element that was passed over.
+struct XMLPassedOverInclude {
+    std::string source_file; ///< where the element stands, as that file was asked for
+    std::int32_t line = 0;
+    std::string href; ///< as written
+    std::string path; ///< the file that it means, as it was asked for
+    XMLIncludeFault fault = XMLIncludeFault::missing;
+};
+
 /// The tree of one XML file; the node part is the file's root element.
 ///
 /// Reads the engine's own dialect: elements, quoted, single-quoted and bare parameters, text, CDATA and comments, five
@@ -58,6 +75,9 @@ public:
     const std::string& full_path() const { return full_path_; }
     /// Every file that contributed, and every missing include, in normalised form.
     const std::set<std::string>& included_files() const { return included_files_; }
+    /// The include elements of the last parse, here and in included files, that added nothing, in reading order. A
+    /// compiled form does not keep them.
+    const std::vector<XMLPassedOverInclude>& passed_over_includes() const { return passed_over_includes_; }
     /// The entity names of the last parse, and what they stand for.
     const std::map<idstring, std::string>& entities() const { return entities_; }
 
@@ -79,6 +99,7 @@ private:
     std::string full_path_;
     bool skip_compiled_form_ = false;
     std::set<std::string> included_files_;
+    std::vector<XMLPassedOverInclude> passed_over_includes_;
     /// What the outermost load has used so far; null outside a load, and in an outermost document.
     XMLLoadState* state_ = nullptr;
 };

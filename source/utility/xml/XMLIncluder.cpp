@@ -7,6 +7,7 @@
 #include "source/utility/xml/XMLWords.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kst {
 namespace {
@@ -105,7 +106,7 @@ std::string XMLIncluder::find_file(std::string_view href) const {
 
 void XMLIncluder::include(const XMLNode& element, XMLNode& parent, std::vector<XMLNode*>& children) {
     if (element.parameter(xml_words().parse, {}) == "text")
-        return;
+        return pass_over(element, {}, XMLIncludeFault::not_parsed);
     const std::string reference = find_file(element.parameter(xml_words().href, {}));
     const std::size_t hash = reference.find('#');
     const std::string path = reference.substr(0, hash);
@@ -113,15 +114,27 @@ void XMLIncluder::include(const XMLNode& element, XMLNode& parent, std::vector<X
     std::set<std::string>& files = context_.document.included_files_;
     if (!load(included, path)) {
         files.insert(path);
-        return;
+        // A tree without a root is no tree; with one, an entity was unknown.
+        const bool missing = included.type() == XML_NONE;
+        return pass_over(element, path, missing ? XMLIncludeFault::missing : XMLIncludeFault::unknown_entity);
     }
+    auto& passed_over = context_.document.passed_over_includes_;
+    std::ranges::move(included.passed_over_includes_, std::back_inserter(passed_over));
     files.insert(included.included_files_.begin(), included.included_files_.end());
     files.insert(path);
     const std::string pointer = hash == std::string::npos ? std::string() : reference.substr(hash + 1);
     std::vector<const XMLNode*> selected;
     select_xpointer(included, plain_pointer(pointer, included.name()), selected);
+    // An included root without children is empty on purpose; a pointer is written to select something.
+    if (selected.empty() && !pointer.empty())
+        pass_over(element, path, XMLIncludeFault::nothing_selected);
     for (const XMLNode* const node : selected)
         insert(*node, parent, children);
+}
+
+void XMLIncluder::pass_over(const XMLNode& element, const std::string& path, XMLIncludeFault fault) {
+    context_.document.passed_over_includes_.push_back(
+        {element.source_file(), element.line(), std::string(element.parameter(xml_words().href, {})), path, fault});
 }
 
 bool XMLIncluder::load(XMLDocument& included, const std::string& path) {

@@ -1,0 +1,48 @@
+#include "driver/check/Findings.h"
+
+#include "source/utility/filesystem/find_host_path.h"
+#include "source/utility/xml/XMLNode.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace mosaicer {
+
+std::string finding_text(const Finding& finding) {
+    std::string text = finding.file + ":" + std::to_string(finding.line) + ": " + std::string(word_of(finding.kind)) +
+                       ": " + finding.message;
+    if (!finding.suggestion.empty())
+        text += "; did you mean \"" + finding.suggestion + "\"?";
+    return text;
+}
+
+void Findings::at(const kst::XMLNode& node, const std::string& set, FindingKind kind, std::string message,
+                  std::string suggestion) {
+    list_.push_back({host_path(node.source_file()), node.line(), kind, std::move(message), std::move(suggestion), set});
+}
+
+const std::string& Findings::host_path(const std::string& file) {
+    const auto [known, is_new] = host_paths_.try_emplace(file);
+    if (is_new)
+        known->second = kst::find_host_path(file);
+    return known->second;
+}
+
+std::vector<Finding> Findings::sorted() && {
+    std::ranges::stable_sort(list_, [](const Finding& a, const Finding& b) {
+        return std::tie(a.file, a.line, a.kind) < std::tie(b.file, b.line, b.kind);
+    });
+    std::vector<Finding> unique;
+    for (Finding& finding : list_) {
+        // Equal ones have equal keys, so they are not far apart.
+        const auto is_same = [&finding](const Finding& other) { return other == finding; };
+        const auto same_place = std::find_if(unique.rbegin(), unique.rend(), [&finding](const Finding& other) {
+            return std::tie(other.file, other.line, other.kind) != std::tie(finding.file, finding.line, finding.kind);
+        });
+        if (std::none_of(unique.rbegin(), same_place, is_same))
+            unique.push_back(std::move(finding));
+    }
+    return unique;
+}
+
+} // namespace mosaicer
