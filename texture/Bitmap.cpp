@@ -22,6 +22,10 @@ struct Unload {
 };
 using Handle = std::unique_ptr<FIBITMAP, Unload>;
 
+struct CloseMemory {
+    void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
+
 void drop_message(FREE_IMAGE_FORMAT /*format*/, const char* /*text*/) {}
 
 /// Holds the library's plugins for as long as the process lives. A shared library counts the calls; a static one
@@ -161,6 +165,20 @@ bool Bitmap::save(const std::string& path, BitmapFormat format) const {
     if (!file.close())
         file.discard();
     return file.good();
+}
+
+std::vector<std::uint8_t> Bitmap::encode_png(PngContent content) const {
+    use_library();
+    const Handle part(content == PngContent::colour ? FreeImage_ConvertTo24Bits(handle_)
+                                                    : FreeImage_GetChannel(handle_, FICC_ALPHA));
+    require(part.get(), "convert", width_, height_);
+    const std::unique_ptr<FIMEMORY, CloseMemory> memory(FreeImage_OpenMemory(nullptr, 0));
+    BYTE* bytes = nullptr;
+    DWORD size = 0;
+    if (memory == nullptr || FreeImage_SaveToMemory(FIF_PNG, part.get(), memory.get(), 0) == FALSE ||
+        FreeImage_AcquireMemory(memory.get(), &bytes, &size) == FALSE)
+        require(nullptr, "encode", width_, height_);
+    return {bytes, bytes + size};
 }
 
 Bitmap Bitmap::rescale(std::int32_t width, std::int32_t height, RescaleFilter filter) const {

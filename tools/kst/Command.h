@@ -21,5 +21,10 @@ void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
+void add_atlas_commands(CLI::App& app);
+
+// The subcommands of "atlas", each in a file of its own.
+
+void add_atlas_report(CLI::App& atlas);
 
 } // namespace kst::tool
