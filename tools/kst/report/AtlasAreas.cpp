@@ -39,24 +39,28 @@ bool repeats(const mosaicer::Bitmap& picture, const Line& a, const Line& b, bool
     return difference <= allowed;
 }
 
-/// How far both edges across one axis go on outside.
-std::int32_t repeated_texels(const Rectangle& r, const mosaicer::Bitmap& picture, bool vertical, bool lossy) {
+/// How far a texture's two edges across one axis go on outside.
+struct Repeats {
+    std::int32_t shorter = 0;
+    std::int32_t longer = 0;
+};
+
+std::int32_t count_repeats(const Line& edge, std::int32_t direction, const mosaicer::Bitmap& picture, bool lossy) {
+    Line outside = edge;
+    for (std::int32_t count = 0; count < most_padding; ++count) {
+        (edge.vertical ? outside.x : outside.y) += direction;
+        if (!lies_inside(outside, picture) || !repeats(picture, edge, outside, lossy))
+            return count;
+    }
+    return most_padding;
+}
+
+Repeats count_repeats(const Rectangle& r, const mosaicer::Bitmap& picture, bool vertical, bool lossy) {
     const Line low{r.x, r.y, vertical, vertical ? r.height : r.width};
     const Line high{vertical ? r.x + r.width - 1 : r.x, vertical ? r.y : r.y + r.height - 1, vertical, low.length};
-    const auto moved = [vertical](Line line, std::int32_t by) {
-        (vertical ? line.x : line.y) += by;
-        return line;
-    };
-    std::int32_t count = 0;
-    while (count < most_padding) {
-        const Line outside_low = moved(low, -1 - count);
-        const Line outside_high = moved(high, 1 + count);
-        if (!lies_inside(outside_low, picture) || !lies_inside(outside_high, picture) ||
-            !repeats(picture, low, outside_low, lossy) || !repeats(picture, high, outside_high, lossy))
-            break;
-        ++count;
-    }
-    return count;
+    const std::int32_t before = count_repeats(low, -1, picture, lossy);
+    const std::int32_t behind = count_repeats(high, 1, picture, lossy);
+    return {std::min(before, behind), std::max(before, behind)};
 }
 
 /// The smallest of the values that stand most often.
@@ -109,24 +113,20 @@ std::int64_t union_area(const std::vector<Rectangle>& rectangles, std::int32_t w
 std::vector<Padding> measure_paddings(const std::vector<PlacedTexture>& textures, const mosaicer::Bitmap& picture,
                                       bool lossy) {
     std::vector<Padding> paddings(textures.size());
-    std::map<std::int32_t, int> counts_u;
-    std::map<std::int32_t, int> counts_v;
-    for (std::size_t i = 0; i < textures.size(); ++i) {
-        const PlacedTexture& texture = textures[i];
-        if (texture.inner.width == 0)
-            continue;
-        if (!texture.tiled_u) {
-            paddings[i].u = repeated_texels(texture.inner, picture, /*vertical=*/true, lossy);
-            ++counts_u[paddings[i].u];
+    for (const bool vertical : {true, false}) {
+        std::vector<Repeats> found(textures.size());
+        std::map<std::int32_t, int> counts;
+        for (std::size_t i = 0; i < textures.size(); ++i) {
+            const PlacedTexture& texture = textures[i];
+            if (texture.inner.width == 0 || (vertical ? texture.tiled_u : texture.tiled_v))
+                continue;
+            found[i] = count_repeats(texture.inner, picture, vertical, lossy);
+            ++counts[found[i].shorter];
         }
-        if (!texture.tiled_v) {
-            paddings[i].v = repeated_texels(texture.inner, picture, /*vertical=*/false, lossy);
-            ++counts_v[paddings[i].v];
-        }
+        const std::int32_t common = commonest(counts);
+        for (std::size_t i = 0; i < textures.size(); ++i)
+            (vertical ? paddings[i].u : paddings[i].v) = std::min(found[i].longer, common);
     }
-    const Padding common{commonest(counts_u), commonest(counts_v)};
-    for (Padding& padding : paddings)
-        padding = {std::min(padding.u, common.u), std::min(padding.v, common.v)};
     return paddings;
 }
 

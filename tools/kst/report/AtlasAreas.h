@@ -24,10 +24,11 @@ struct AtlasAreas {
 };
 
 /// The padding of each texture, measured on the picture: databases do not tell it. Baking repeats a texture's outermost
-/// texels into its padding, so the frame goes on as long as both sides repeat them.
+/// texels into its padding, so the frame goes on as long as they repeat. A neighbour of odd size may share one column or
+/// row of it, so the longer of the two sides counts.
 ///
-/// A plain texture on a plain ground seems to go on for ever; so nothing above the value that most textures of the atlas
-/// show is believed, nor above 64. `lossy`: block compression has mixed a little of the neighbours in, and some
+/// A plain texture on a plain ground seems to go on for ever; so nothing is believed above the value that most textures
+/// of the atlas show on both sides, nor above 64. `lossy`: block compression has mixed a little of the neighbours in, and some
 /// difference is allowed. A tiled direction has no padding.
 std::vector<Padding> measure_paddings(const std::vector<PlacedTexture>& textures, const mosaicer::Bitmap& picture,
                                       bool lossy);

@@ -63,6 +63,8 @@ void read_database(XMLDocument& document, const std::string& path, const std::st
     try {
         // False is an entity that the dialect does not know: names are written unescaped, so it is part of one.
         static_cast<void>(document.parse_string(text));
+    } catch (const std::range_error&) {
+        faults.push_back(file + ": the file is cut off");
     } catch (const std::exception& failure) {
         faults.push_back(with_file_name(failure.what(), file));
     }

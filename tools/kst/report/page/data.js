@@ -40,8 +40,9 @@ const countText = (count, one, many = `${one}s`) => `${decimals(count, 0)} ${cou
 /** Digits compare as numbers: atlas2 stands ahead of atlas10. */
 const byName = new Intl.Collator('en', {numeric: true}).compare;
 
+/** The folders and what a set is called by: the atlases of a split set are only told apart by their last part. */
 function splitName(name) {
-  const slash = name.lastIndexOf('/');
+  const slash = name.replace(/\/atlas\d+$/, '').lastIndexOf('/');
   return [name.slice(0, slash + 1), name.slice(slash + 1)];
 }
 
@@ -49,7 +50,7 @@ function splitName(name) {
 // An item is a picture with rectangles: an atlas, or an image of a set. `route` is its address in the page.
 
 function makeItem(route, up, record, name, extra) {
-  return {route, up, name, image: record.image, faults: record.faults, category: record.category, ...extra};
+  return {route, up, name, image: record.image, faults: record.faults, category: record.category, used: null, ...extra};
 }
 
 const atlases = run.atlases.map((atlas, index) => {
@@ -73,6 +74,6 @@ const sets = run.sets.map((set, index) => {
     }));
   const faults = set.faults.concat(...images.map(image => image.faults));
   const bytes = images.reduce((sum, image) => sum + image.image.bytes, 0);
-  return {kind: 'set', route, up: '#/', name: set.name || '(root)', images, faults, bytes, count: images.length,
-    used: null, freeBytes: 0};
+  return {kind: 'set', route, up: '#/', name: set.name || '(root)', images, faults, bytes, used: null, freeBytes: 0,
+    count: images.length};
 });

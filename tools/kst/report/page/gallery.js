@@ -9,17 +9,17 @@ function makeCard(item) {
   const isSet = item.kind === 'set';
   const [folder, name] = splitName(item.name);
   const shown = isSet ? item.images.slice(0, 4) : [item];
-  const picture = make(shown.length > 1 ? 'div.picture.checks.four' : 'div.picture.checks', {}, ...shown.map(one => thumbnail(one.image)));
+  const picture = make(`div.picture.checks${['', '', '.two', '.four', '.four'][shown.length]}`, {}, ...shown.map(one => thumbnail(one.image)));
   if (shown.length === 0) picture.append(make('span.dim', {}, 'Empty set'));
   if (item.faults.length) picture.append(make('span.badge', {}, countText(item.faults.length, 'fault')));
-  const facts = isSet ? countText(item.count, 'image') : `${sizeText(item.image.size)} ${item.image.faces ? 'cube ' : ''}${item.image.format || ''}`;
+  const facts = isSet ? countText(item.count, 'image') : `${sizeText(item.image.size)}${item.image.faces ? ' cube' : ''} \u00b7 ${item.image.format || 'unreadable'}`;
   const use = item.used === null ? bytesText(isSet ? item.bytes : item.image.bytes) : percentText(item.used);
   const card = make('a.card', {href: item.route, title: item.name},
     picture,
     make('div.text', {},
       item.kind === 'image' ? null : make('div.folder.cut', {}, folder || '\u00a0'),
-      make('div.name.cut', {}, name),
-      make('div.facts', {}, make('span.cut', {}, facts), make(item.used !== null && item.used < 0.6 ? 'b.low' : 'b', {}, use)),
+      make('div.name', {}, make('span.cut', {}, name), make(item.used !== null && item.used < 0.6 ? 'b.low' : 'b', {}, use)),
+      make('div.facts.cut', {}, facts),
       item.used === null ? null : useBar(item.areas)));
   const spoken = [item.name, facts, item.used === null ? use : `${use} used`];
   if (item.faults.length) spoken.push(countText(item.faults.length, 'fault'));
@@ -68,15 +68,15 @@ function showTotals() {
   const sum = (items, value) => items.reduce((total, item) => total + value(item), 0);
   const areas = [0, 1, 2].map(i => sum(atlases.filter(item => item.used !== null), item => item.areas[i]));
   const figure = (value, label) => make('div', {}, make('b', {}, value), make('span', {}, label));
+  const counted = (items, one, many, content) => (items.length === 0 ? [] : [
+    figure(decimals(items.length, 0), items.length === 1 ? one : many), figure(decimals(sum(items, item => item.count), 0), content)]);
   const figures = [
-    figure(decimals(atlases.length, 0), atlases.length === 1 ? 'atlas' : 'atlases'),
-    figure(decimals(sum(atlases, item => item.count), 0), 'textures in atlases'),
-    figure(decimals(sets.length, 0), sets.length === 1 ? 'texture set' : 'texture sets'),
-    figure(decimals(sum(sets, item => item.count), 0), 'images in sets'),
+    ...counted(atlases, 'atlas', 'atlases', 'textures in atlases'),
+    ...counted(sets, 'texture set', 'texture sets', 'images in sets'),
     figure(bytesText(sum(atlases, item => item.bytes) + sum(sets, item => item.bytes)), 'all image files'),
-    figure(bytesText(sum(atlases, item => item.freeBytes)), 'of it free area'),
   ];
   if (areas[2]) {
+    figures.push(figure(bytesText(sum(atlases, item => item.freeBytes)), 'wasted on free area'));
     const [textures, padding] = areas.map(area => area / areas[2]);
     figures.push(make('div.use', {}, make('b', {}, `${percentText(textures + padding)} used`), useBar(areas),
       make('span', {}, `textures ${percentText(textures)}, padding ${percentText(padding)}, free ${percentText(1 - textures - padding)}`)));

@@ -38,6 +38,7 @@ const viewerKeys = {
   '+': () => setZoom(view.zoom * 1.5), '=': () => setZoom(view.zoom * 1.5), '-': () => setZoom(view.zoom / 1.5),
   0: fit, 1: () => setZoom(1), '[': () => setLevel(view.level - 1), ']': () => setLevel(view.level + 1),
   c: () => setChannels(channelViews[(channelViews.indexOf(view.channels) + 1) % channelViews.length]),
+  b: () => setGround(view.ground + 1),
   o: () => toggleOverlay('outlines'), d: () => toggleOverlay('paddings'), f: () => toggleOverlay('frees'),
   p: () => step(-1), n: () => step(1),
 };

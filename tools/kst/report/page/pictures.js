@@ -50,8 +50,7 @@ function viewPixels([colour, alpha], view) {
   return pixels;
 }
 
-async function drawPicture(canvas, picture, view) {
-  const pixels = viewPixels(await decodePicture(picture), view);
+function drawPixels(canvas, pixels) {
   canvas.width = pixels.width;
   canvas.height = pixels.height;
   canvas.getContext('2d').putImageData(pixels, 0, 0);
@@ -60,10 +59,16 @@ async function drawPicture(canvas, picture, view) {
 // Thumbnails: drawn as a card comes near, given back as it goes.
 const thumbnails = new IntersectionObserver(entries => {
   for (const {target, isIntersecting} of entries) {
-    if (isIntersecting) drawPicture(target, target.picture, 'RGBA').catch(error => console.error(error));
+    target.seen = isIntersecting;
+    if (isIntersecting) drawThumbnail(target).catch(error => console.error(error));
     else target.width = target.height = 0;
   }
 }, {rootMargin: '400px'});
+
+async function drawThumbnail(canvas) {
+  const pixels = viewPixels(await decodePicture(canvas.picture), 'RGBA');
+  if (canvas.seen) drawPixels(canvas, pixels);
+}
 
 function thumbnail(image) {
   if (!image.thumbnail) return make('div.none', {}, 'No picture');

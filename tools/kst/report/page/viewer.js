@@ -3,8 +3,8 @@
 const stage = byId('stage');
 const view = {
   item: null, rectangles: [], groups: [], rows: [], hover: -1, chosen: -1,
-  level: 0, channels: 'RGBA', outlines: true, paddings: false, frees: false,
-  width: 1, height: 1, zoom: 1, x: 0, y: 0, fitted: true, sheet: null, canvas: null, svg: null,
+  level: 0, channels: 'RGBA', ground: 0, outlines: true, paddings: false, frees: false,
+  width: 1, height: 1, zoom: 1, x: 0, y: 0, fitted: true, sheet: null, canvas: null, svg: null, hatch: null,
 };
 const overlays = [['outlines', 'Outlines', '#888'], ['paddings', 'Padding', '#3fa9ff'], ['frees', 'Free area', '#e5484d']];
 
@@ -42,7 +42,7 @@ function drawTexture(texture) {
 /** Hatching over all that no texture and no padding covers. */
 function drawFree() {
   const whole = [0, 0, view.width, view.height];
-  const hatch = drawn('pattern', {id: 'hatch', width: 8, height: 8, patternUnits: 'userSpaceOnUse', patternTransform: 'rotate(45)'},
+  view.hatch = drawn('pattern', {id: 'hatch', width: 8, height: 8, patternUnits: 'userSpaceOnUse'},
     drawn('rect', {width: 8, height: 8, style: 'fill:#e5484d;fill-opacity:.35'}), drawn('rect', {width: 3, height: 8, style: 'fill:#e5484d;fill-opacity:.6'}));
   const mask = drawn('mask', {id: 'free-mask', maskUnits: 'userSpaceOnUse', x: 0, y: 0, width: view.width, height: view.height});
   const filled = (rectangle, colour) => { const node = rectangleOf(rectangle, ''); node.style.fill = colour; return node; };
@@ -50,20 +50,27 @@ function drawFree() {
   const free = filled(whole, 'url(#hatch)');
   free.setAttribute('class', 'free');
   free.setAttribute('mask', 'url(#free-mask)');
-  return [drawn('defs', {}, hatch, mask), free];
+  return [drawn('defs', {}, view.hatch, mask), free];
 }
 
 // ---- what is shown ----
 
-function describe(texture) {
-  const [x, y, width, height] = texture.rect;
-  const lines = [`${sizeText([width, height])} at ${x}, ${y}`];
-  const [u, v] = texture.padding || [0, 0];
-  if (u || v) lines.push(u === v ? `padding ${u}` : `padding ${u} \u2194 ${v} \u2195`);
-  if (texture.tiled?.[0] || texture.tiled?.[1]) lines.push(`tiled ${texture.tiled[0] ? '\u2194' : ''}${texture.tiled[1] ? '\u2195' : ''}`);
-  if (texture.rotation) lines.push(`rotated ${texture.rotation}\u00b0`);
-  return lines;
+const placeText = ([x, y, width, height]) => (width ? `${sizeText([width, height])} at ${x}, ${y}` : 'none on the picture');
+
+function paddingText([u, v]) {
+  if (u === v) return u ? `${u}` : '';
+  return [u ? `${u} \u2194` : '', v ? `${v} \u2195` : ''].filter(Boolean).join(' ');
 }
+
+const tiledText = ([u, v]) => (u ? '\u2194' : '') + (v ? '\u2195' : '');
+
+/** What the database and the picture tell of a place, as pairs of label and text; an empty text is nothing to tell. */
+function placeFacts({rect, padding = [0, 0], tiled = [false, false], rotation = 0}) {
+  return [['Place', placeText(rect)], ['Padding', paddingText(padding)], ['Tiled', tiledText(tiled)], ['Rotated', rotation ? `${rotation}\u00b0` : '']];
+}
+
+const placeLine = texture => placeFacts(texture).filter(([, text]) => text)
+  .map(([label, text]) => (label === 'Place' ? text : `${label.toLowerCase()} ${text}`)).join(' \u00b7 ');
 
 function factsList(facts) {
   return make('dl.facts-list', {}, ...facts.filter(([, value]) => value !== '' && value !== null && value !== undefined)
@@ -93,7 +100,7 @@ function showAbout(item) {
 function showChosen(texture) {
   const box = byId('chosen');
   if (!texture) return box.replaceChildren();
-  const facts = describe(texture).map((line, at) => [at === 0 ? 'Place' : '', line]);
+  const facts = placeFacts(texture);
   if (texture.original && texture.original !== texture.name) facts.push(['Source', texture.original]);
   facts.push(['Mip filter', texture.filter], ['Groups', texture.groups], ['Forced size', texture.forced ? forcedText(texture.forced) : '']);
   box.replaceChildren(make('h3', {}, texture.name), factsList(facts));
@@ -155,6 +162,7 @@ function place() {
   sheet.style.width = `${view.width * view.zoom}px`;
   sheet.style.height = `${view.height * view.zoom}px`;
   sheet.style.transform = `translate(${Math.round(view.x)}px, ${Math.round(view.y)}px)`;
+  view.hatch.setAttribute('patternTransform', `scale(${1 / view.zoom}) rotate(45)`);
   canvas.classList.toggle('sharp', view.width * view.zoom >= canvas.width);
   byId('zoom').textContent = `${Math.round(view.zoom * 100)} %`;
 }
@@ -206,8 +214,9 @@ async function drawLevel() {
   if (!image.levels) return;
   const {size, picture} = image.levels[view.level];
   const reduced = picture[1] < size[0] || picture[2] < size[1];
-  const text = `Level ${view.level} of ${image.levels.length - 1}`;
-  byId('level').textContent = `${text}, ${sizeText(size)}`;
+  const told = image.faces ? [size[0] / 4, size[1] / 3] : size;
+  const text = image.levels.length === 1 ? 'One level' : `Level ${view.level} of ${image.levels.length - 1}`;
+  byId('level').textContent = `${text}, ${sizeText(told)}`;
   byId('level').title = reduced ? `Shown with ${sizeText(picture.slice(1, 3))} texels; --max-size sets the limit` : '';
   byId('level').classList.toggle('dim', reduced);
   byId('level-down').disabled = view.level === 0;
@@ -218,10 +227,9 @@ async function drawLevel() {
     const channels = await decodePicture(picture);
     // Keys may have gone on meanwhile.
     if (turn !== drawing) return;
-    await drawPicture(canvas, picture, view.channels);
+    drawPixels(canvas, viewPixels(channels, view.channels));
     canvas.dataset.level = view.level;
     canvas.dataset.channels = view.channels;
-    view.sheet.classList.toggle('checks', view.channels === 'RGBA' && channels[1] !== null);
     place();
   } catch (error) {
     console.error(error);
@@ -238,6 +246,15 @@ function setChannels(channels) {
   view.channels = channels;
   [...byId('channels').children].forEach((button, at) => button.setAttribute('aria-pressed', channelViews[at] === channels));
   drawLevel();
+}
+
+const grounds = [['checks', 'Checkerboard'], ['black', 'Black'], ['white', 'White']];
+
+/** What is seen through transparent texels. */
+function setGround(ground) {
+  view.ground = ground % grounds.length;
+  byId('ground').textContent = grounds[view.ground][1];
+  grounds.forEach(([name], at) => view.sheet?.classList.toggle(name, at === view.ground));
 }
 
 function toggleOverlay(name) {
@@ -289,6 +306,7 @@ function showSheet() {
   view.sheet = make('div.sheet', {}, view.canvas, view.svg);
   for (const [key] of overlays) view.sheet.classList.toggle(key, view[key]);
   stage.replaceChildren(view.sheet);
+  setGround(view.ground);
   fit();
   drawLevel();
 }
@@ -306,7 +324,7 @@ function showTip(event, number) {
   const tip = byId('tip');
   tip.hidden = !texture;
   if (!texture) return;
-  tip.replaceChildren(texture.name, make('span', {}, describe(texture).join(' \u00b7 ')));
+  tip.replaceChildren(texture.name, make('span', {}, placeLine(texture)));
   const box = tip.getBoundingClientRect();
   tip.style.left = `${Math.min(event.clientX + 14, innerWidth - box.width - 8)}px`;
   tip.style.top = `${event.clientY + 18 + box.height > innerHeight ? event.clientY - box.height - 10 : event.clientY + 18}px`;
@@ -359,7 +377,9 @@ function startViewer() {
     return button;
   }));
   const buttons = {previous: () => step(-1), next: () => step(1), 'level-down': () => setLevel(view.level - 1), 'level-up': () => setLevel(view.level + 1),
-    'zoom-in': () => setZoom(view.zoom * 1.5), 'zoom-out': () => setZoom(view.zoom / 1.5), zoom: () => setZoom(1), 'zoom-fit': fit};
+    'zoom-in': () => setZoom(view.zoom * 1.5), 'zoom-out': () => setZoom(view.zoom / 1.5), zoom: () => setZoom(1), 'zoom-fit': fit,
+    ground: () => setGround(view.ground + 1)};
   for (const [id, action] of Object.entries(buttons)) byId(id).onclick = action;
+  setGround(0);
   startPointer();
 }
