@@ -1,11 +1,12 @@
-#include "tools/kst/report/AtlasAreas.h"
 #include "tools/kst/report/Page.h"
+
+#include "tools/kst/report/AtlasAreas.h"
+#include "tools/kst/report/show_images.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <exception>
-#include <optional>
+#include <iterator>
 #include <utility>
 
 namespace kst::tool::report {
@@ -16,17 +17,6 @@ using nlohmann::ordered_json;
 constexpr std::int32_t largest_side = 2048;
 constexpr std::int32_t smallest_side = 256;
 constexpr std::int64_t texel_budget = std::int64_t{1} << 27;
-
-/// Every image file of the run, in order.
-std::vector<const ImageRecord*> images_of(const Run& run) {
-    std::vector<const ImageRecord*> images;
-    for (const Atlas& atlas : run.atlases)
-        images.push_back(&atlas.image);
-    for (const TextureSet& set : run.sets)
-        for (const SetImage& image : set.images)
-            images.push_back(&image.image);
-    return images;
-}
 
 ordered_json rectangle_json(const Rectangle& r) {
     return {r.x, r.y, r.width, r.height};
@@ -46,18 +36,49 @@ ordered_json faces_json(std::int32_t width, std::int32_t height) {
     return faces;
 }
 
+std::vector<ImageTask> tasks_of(const Run& run) {
+    std::vector<ImageTask> tasks;
+    for (const Atlas& atlas : run.atlases)
+        tasks.push_back({&atlas.image, &atlas.textures});
+    for (const TextureSet& set : run.sets)
+        for (const SetImage& image : set.images)
+            tasks.push_back({&image.image, nullptr});
+    return tasks;
+}
+
+ordered_json texture_json(const PlacedTexture& texture, const Padding& padding) {
+    ordered_json json = {{"name", texture.name},
+                         {"rect", rectangle_json(texture.inner)},
+                         {"padding", {padding.u, padding.v}},
+                         {"rotation", texture.rotation},
+                         {"tiled", {texture.tiled_u, texture.tiled_v}},
+                         {"groups", texture.groups}};
+    json.update(origin_json(texture.origin));
+    return json;
+}
+
 class Builder {
 public:
     explicit Builder(std::int32_t max_side) : max_side_(max_side) {}
 
     Page build(const Run& run) && {
+        std::vector<ShownImage> images = show_images(tasks_of(run), max_side_);
+        auto image = images.begin();
         ordered_json json = {
             {"maxSide", max_side_}, {"atlases", ordered_json::array()}, {"sets", ordered_json::array()}};
         for (const Atlas& atlas : run.atlases)
-            json["atlases"].push_back(atlas_json(atlas));
-        for (const TextureSet& set : run.sets)
-            json["sets"].push_back(set_json(set));
-        std::string text = json.dump(-1, ' ', /*ensure_ascii=*/true, ordered_json::error_handler_t::replace);
+            json["atlases"].push_back(atlas_json(atlas, *image++));
+        for (const TextureSet& set : run.sets) {
+            ordered_json set_images = ordered_json::array();
+            for (const SetImage& set_image : set.images)
+                set_images.push_back(set_image_json(set_image, *image++));
+            json["sets"].push_back({{"folder", set.folder},
+                                    {"name", set.name},
+                                    {"autoload", set.allow_autoload},
+                                    {"images", std::move(set_images)},
+                                    {"faults", kept(set.faults, {})}});
+        }
+        const std::string text = json.dump(-1, ' ', /*ensure_ascii=*/true, ordered_json::error_handler_t::replace);
         // "<" stands in strings alone, where an escape means the same. It could begin "</script" or "<!--".
         for (const char c : text)
             page_.run_json += c == '<' ? std::string("\\u003c") : std::string(1, c);
@@ -65,77 +86,37 @@ public:
     }
 
 private:
-    ordered_json atlas_json(const Atlas& atlas) {
-        std::vector<std::string> faults = atlas.faults;
-        std::optional<DecodedImage> image = decode(atlas.image, faults);
-        std::vector<Padding> paddings(atlas.textures.size());
-        if (image)
-            paddings = measure_paddings(atlas.textures, image->levels.front(), image->lossy);
-        const AtlasAreas areas = measure_areas(atlas.textures, paddings, atlas.image.width, atlas.image.height);
-        ordered_json json = {{"folder", atlas.folder},
-                             {"name", atlas.name},
-                             {"category", atlas.category},
-                             {"autoload", atlas.allow_autoload},
-                             {"image", image_json(atlas.image, std::move(image))},
-                             {"areas", {areas.textures, areas.padding, areas.total}},
-                             {"textures", ordered_json::array()},
-                             {"faults", keep(std::move(faults))}};
+    ordered_json atlas_json(const Atlas& atlas, ShownImage& shown) {
+        const AtlasAreas areas = measure_areas(atlas.textures, shown.paddings, atlas.image.width, atlas.image.height);
+        ordered_json textures = ordered_json::array();
         for (std::size_t i = 0; i < atlas.textures.size(); ++i)
-            json["textures"].push_back(texture_json(atlas.textures[i], paddings[i]));
+            textures.push_back(texture_json(atlas.textures[i], shown.paddings[i]));
+        return {{"folder", atlas.folder},
+                {"name", atlas.name},
+                {"category", atlas.category},
+                {"autoload", atlas.allow_autoload},
+                {"image", image_json(atlas.image, shown)},
+                {"areas", {areas.textures, areas.padding, areas.total}},
+                {"textures", std::move(textures)},
+                {"faults", kept(atlas.faults, shown.fault)}};
+    }
+
+    ordered_json set_image_json(const SetImage& image, ShownImage& shown) {
+        ordered_json json = {
+            {"name", image.name}, {"category", image.category}, {"image", image_json(image.image, shown)}};
+        json.update(origin_json(image.origin));
+        json["faults"] = kept(image.faults, shown.fault);
         return json;
     }
 
-    static ordered_json texture_json(const PlacedTexture& texture, const Padding& padding) {
-        ordered_json json = {{"name", texture.name},
-                             {"rect", rectangle_json(texture.inner)},
-                             {"padding", {padding.u, padding.v}},
-                             {"rotation", texture.rotation},
-                             {"tiled", {texture.tiled_u, texture.tiled_v}},
-                             {"groups", texture.groups}};
-        json.update(origin_json(texture.origin));
-        return json;
-    }
-
-    ordered_json set_json(const TextureSet& set) {
-        ordered_json images = ordered_json::array();
-        for (const SetImage& image : set.images) {
-            std::vector<std::string> faults = image.faults;
-            std::optional<DecodedImage> decoded = decode(image.image, faults);
-            ordered_json json = {{"name", image.name},
-                                 {"category", image.category},
-                                 {"image", image_json(image.image, std::move(decoded))}};
-            json.update(origin_json(image.origin));
-            json["faults"] = keep(std::move(faults));
-            images.push_back(std::move(json));
-        }
-        return {{"folder", set.folder},
-                {"name", set.name},
-                {"autoload", set.allow_autoload},
-                {"images", std::move(images)},
-                {"faults", keep(set.faults)}};
-    }
-
-    static std::optional<DecodedImage> decode(const ImageRecord& image, std::vector<std::string>& faults) {
-        // A head that could not be read has been told already.
-        if (image.width == 0)
-            return std::nullopt;
-        try {
-            return decode_image(image);
-        } catch (const std::exception& failure) {
-            faults.emplace_back(failure.what());
-            return std::nullopt;
-        }
-    }
-
-    /// Encodes the pictures, and frees the levels.
-    ordered_json image_json(const ImageRecord& record, std::optional<DecodedImage> image) {
+    ordered_json image_json(const ImageRecord& record, ShownImage& shown) {
         ordered_json json = {{"file", record.file}, {"bytes", record.bytes}, {"size", {record.width, record.height}}};
-        if (!image)
+        ImagePictures& pictures = shown.pictures;
+        if (pictures.levels.empty())
             return json;
-        json["format"] = image->format;
+        json["format"] = shown.format;
         if (record.is_cube)
             json["faces"] = faces_json(record.width, record.height);
-        ImagePictures pictures = encode_pictures(std::move(image->levels), max_side_);
         const std::size_t first = page_.pictures.size();
         json["levels"] = ordered_json::array();
         for (const Level& level : pictures.levels)
@@ -153,7 +134,10 @@ private:
         return {first + index, picture.width, picture.height, picture.alpha_png.empty() ? 0 : 1};
     }
 
-    std::vector<std::string> keep(std::vector<std::string> faults) {
+    /// Notes the faults for the whole run.
+    std::vector<std::string> kept(std::vector<std::string> faults, const std::string& one_more) {
+        if (!one_more.empty())
+            faults.push_back(one_more);
         page_.faults.insert(page_.faults.end(), faults.begin(), faults.end());
         return faults;
     }
@@ -165,10 +149,10 @@ private:
 } // namespace
 
 std::int32_t choose_max_side(const Run& run) {
-    const std::vector<const ImageRecord*> images = images_of(run);
-    const auto shown = [&images](std::int32_t max_side) {
+    const std::vector<ImageTask> tasks = tasks_of(run);
+    const auto shown = [&tasks](std::int32_t max_side) {
         std::int64_t texels = 0;
-        for (const ImageRecord* image : images) {
+        for (const auto& [image, textures] : tasks) {
             const std::int64_t columns = image->is_cube ? 4 : 1;
             const std::int64_t rows = image->is_cube ? 3 : 1;
             texels += std::min<std::int64_t>(image->width * columns, max_side) *
