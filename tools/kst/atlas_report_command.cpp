@@ -31,7 +31,7 @@ std::string megabytes(std::int64_t bytes) {
 }
 
 void report_atlases(const ReportArguments& arguments) {
-    const report::Run run = report::collect_run(arguments.output_root);
+    const report::RunRecord run = report::collect_run(arguments.output_root);
     if (run.atlases.empty() && run.sets.empty())
         throw CommandFailure("there is no atlas and no texture set below " + arguments.output_root);
     const std::int32_t max_side = arguments.max_side > 0 ? arguments.max_side : report::choose_max_side(run);

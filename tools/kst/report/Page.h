@@ -22,11 +22,11 @@ struct Page {
 
 /// The longest side that pictures get when nobody asks for one: 2048, or so much less (but not below 256) that a run
 /// with many large images still makes a page that opens. About 2^27 texels of top levels are let in.
-std::int32_t choose_max_side(const Run& run);
+std::int32_t choose_max_side(const RunRecord& run);
 
 /// Decodes every image of the run, measures the atlases and encodes the pictures. An image that cannot be decoded
 /// becomes a fault and has no picture.
-Page build_page(const Run& run, std::int32_t max_side);
+Page build_page(const RunRecord& run, std::int32_t max_side);
 
 /// Writes one HTML file with all in it, and gives its size in bytes. The same page gives the same bytes. Throws
 /// std::runtime_error "cannot write PATH"; then nothing half-written stays.

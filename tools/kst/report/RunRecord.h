@@ -76,7 +76,7 @@ struct TextureSet {
 };
 
 /// All that lies below an output root, folders in ascending order of their bytes. All text is UTF-8.
-struct Run {
+struct RunRecord {
     std::vector<Atlas> atlases;
     std::vector<TextureSet> sets;
 };

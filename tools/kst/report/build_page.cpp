@@ -36,7 +36,7 @@ ordered_json faces_json(std::int32_t width, std::int32_t height) {
     return faces;
 }
 
-std::vector<ImageTask> tasks_of(const Run& run) {
+std::vector<ImageTask> tasks_of(const RunRecord& run) {
     std::vector<ImageTask> tasks;
     for (const Atlas& atlas : run.atlases)
         tasks.push_back({&atlas.image, &atlas.textures});
@@ -61,7 +61,7 @@ class Builder {
 public:
     explicit Builder(std::int32_t max_side) : max_side_(max_side) {}
 
-    Page build(const Run& run) && {
+    Page build(const RunRecord& run) && {
         std::vector<ShownImage> images = show_images(tasks_of(run), max_side_);
         auto image = images.begin();
         ordered_json json = {
@@ -148,7 +148,7 @@ private:
 
 } // namespace
 
-std::int32_t choose_max_side(const Run& run) {
+std::int32_t choose_max_side(const RunRecord& run) {
     const std::vector<ImageTask> tasks = tasks_of(run);
     const auto shown = [&tasks](std::int32_t max_side) {
         std::int64_t texels = 0;
@@ -166,7 +166,7 @@ std::int32_t choose_max_side(const Run& run) {
     return side;
 }
 
-Page build_page(const Run& run, std::int32_t max_side) {
+Page build_page(const RunRecord& run, std::int32_t max_side) {
     return Builder(max_side).build(run);
 }
 

@@ -64,7 +64,7 @@ void read_database(XMLDocument& document, const std::string& path, const std::st
         // False is an entity that the dialect does not know: names are written unescaped, so it is part of one.
         static_cast<void>(document.parse_string(text));
     } catch (const std::range_error&) {
-        faults.push_back(file + ": the file is cut off");
+        faults.push_back(file + ": the file ends too early; it is cut off, or a name in it holds a quote, < or &");
     } catch (const std::exception& failure) {
         faults.push_back(with_file_name(failure.what(), file));
     }
@@ -190,7 +190,7 @@ TextureSet read_set(const std::string& directory, const std::string& folder) {
 
 class Walk {
 public:
-    explicit Walk(Run& run) : run_(&run) {}
+    explicit Walk(RunRecord& run) : run_(&run) {}
 
     void visit(const std::string& directory, const std::string& folder) {
         platform::PathInfo info;
@@ -218,7 +218,7 @@ public:
     }
 
 private:
-    Run* run_;
+    RunRecord* run_;
     std::set<platform::FileIdentity> seen_;
 };
 
@@ -252,11 +252,11 @@ Rectangle inner_rectangle(const std::array<float, 4>& mapping, bool tiled_u, boo
             static_cast<std::int32_t>(bottom - top)};
 }
 
-Run collect_run(const std::string& output_root) {
+RunRecord collect_run(const std::string& output_root) {
     platform::PathInfo info;
     if (platform::path_info(output_root, info) != platform::PathResult::ok || !info.is_directory)
         throw std::runtime_error("cannot read " + output_root + ": there is no such directory");
-    Run run;
+    RunRecord run;
     Walk(run).visit(output_root, "");
     return run;
 }

@@ -12,7 +12,7 @@ namespace kst::tool::report {
 /// What cannot be read becomes a fault of its atlas, set or image, and the rest goes on: a database that is cut off
 /// gives what stands ahead of the cut, an atlas image without a database is an atlas without textures. Throws
 /// std::runtime_error "cannot read PATH" for the root itself.
-Run collect_run(const std::string& output_root);
+RunRecord collect_run(const std::string& output_root);
 
 /// Where one copy of a texture stands on a picture of the given size. The mapping is u_off, v_off, u_scale and v_scale
 /// of a database; sampling offsets below one texel are undone. Empty, width and height 0, when the mapping is no
