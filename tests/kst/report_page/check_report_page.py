@@ -174,12 +174,29 @@ class ReportPage(unittest.TestCase):
         colour = self.texel(x, y)
         self.assertEqual(colour[3], 255)
         self.assertGreater(sum(colour[:3]), 0)
+        corner = self.browser.run("""
+            const box = view.canvas.getBoundingClientRect();
+            return [box.right - 1, box.bottom - 1];""")
+        self.browser.pointer(corner)
+        self.assertEqual(self.text("#texel").split(), "255, 255 R {} G {} B {} A 0".format(*colour).split())
         self.browser.keys("c")
         self.wait_for_level(0, "R")
         self.assertEqual(self.texel(x, y), [colour[0]] * 3 + [255])
         self.browser.keys("c", "c", "c")
         self.wait_for_level(0, "A")
         self.assertEqual(self.texel(x, y), [0, 0, 0, 255])
+
+    def test_the_picture_fits_whatever_the_window_is(self):
+        self.open("examples.html")
+        self.go("title/atlas0")
+        for width, height in ((700, 500), (1360, 860)):
+            self.browser.set_size(width, height)
+            self.browser.wait("""
+                const [box, frame] = ['.sheet', '#stage'].map(name => document.querySelector(name).getBoundingClientRect());
+                return box.left >= frame.left && box.right <= frame.right && box.top >= frame.top && box.bottom <= frame.bottom
+                    && innerWidth === arguments[0] && Math.max(box.width / frame.width, box.height / frame.height) > 0.9""", width)
+        self.browser.keys("Escape")
+        self.browser.wait("return !document.querySelector('#gallery').hidden && document.querySelector('#viewer').hidden")
 
     def test_a_cube_map_shows_its_faces(self):
         self.open("examples.html")

@@ -4,7 +4,7 @@ const stage = byId('stage');
 const view = {
   item: null, rectangles: [], groups: [], rows: [], hover: -1, chosen: -1,
   level: 0, channels: 'RGBA', ground: 0, outlines: true, paddings: false, frees: false,
-  width: 1, height: 1, zoom: 1, x: 0, y: 0, fitted: true, sheet: null, canvas: null, svg: null, hatch: null,
+  width: 1, height: 1, zoom: 1, x: 0, y: 0, fitted: true, sheet: null, canvas: null, svg: null, hatch: null, pixels: null,
 };
 const overlays = [['outlines', 'Outlines', '#888'], ['paddings', 'Padding', '#3fa9ff'], ['frees', 'Free area', '#e5484d']];
 
@@ -178,9 +178,9 @@ function setZoom(zoom, x = stage.clientWidth / 2, y = stage.clientHeight / 2) {
 }
 
 function centre([x, y, width, height], zoom) {
-  view.zoom = zoom;
-  view.x = stage.clientWidth / 2 - (x + width / 2) * zoom;
-  view.y = stage.clientHeight / 2 - (y + height / 2) * zoom;
+  view.zoom = Math.max(zoom, 1 / 64);
+  view.x = stage.clientWidth / 2 - (x + width / 2) * view.zoom;
+  view.y = stage.clientHeight / 2 - (y + height / 2) * view.zoom;
   place();
 }
 
@@ -227,6 +227,7 @@ async function drawLevel() {
     const channels = await decodePicture(picture);
     // Keys may have gone on meanwhile.
     if (turn !== drawing) return;
+    view.pixels = channels;
     drawPixels(canvas, viewPixels(channels, view.channels));
     canvas.dataset.level = view.level;
     canvas.dataset.channels = view.channels;
@@ -273,7 +274,8 @@ function neighbours(item) {
 
 function openItem(item, chosen) {
   const {levels, size, faces} = item.image;
-  Object.assign(view, {item, rectangles: item.rectangles, hover: -1, chosen: -1, level: 0});
+  Object.assign(view, {item, rectangles: item.rectangles, hover: -1, chosen: -1, level: 0, pixels: null});
+  byId('texel').hidden = true;
   // A cube map's picture holds its opened faces.
   [view.width, view.height] = levels ? levels[0].size : size.map(side => side || 1);
   byId('viewer').querySelector('.back').href = item.up;
@@ -330,6 +332,19 @@ function showTip(event, number) {
   tip.style.top = `${event.clientY + 18 + box.height > innerHeight ? event.clientY - box.height - 10 : event.clientY + 18}px`;
 }
 
+/** The values in the file under the pointer, on the level that is shown. */
+function showTexel(event) {
+  const box = view.canvas?.getBoundingClientRect();
+  const [colour, alpha] = view.pixels || [];
+  const output = byId('texel');
+  output.hidden = !box || !colour || event.clientX < box.left || event.clientX >= box.right || event.clientY < box.top || event.clientY >= box.bottom;
+  if (output.hidden) return;
+  const x = Math.floor(((event.clientX - box.left) / box.width) * colour.width);
+  const y = Math.floor(((event.clientY - box.top) / box.height) * colour.height);
+  const at = (y * colour.width + x) * 4;
+  output.textContent = `${x}, ${y}   R ${colour.data[at]}  G ${colour.data[at + 1]}  B ${colour.data[at + 2]}  A ${alpha ? alpha.data[at] : 255}`;
+}
+
 const numberAt = event => Number(event.target.closest?.('g[data-number]')?.dataset.number ?? -1);
 
 function startPointer() {
@@ -340,6 +355,7 @@ function startPointer() {
     stage.setPointerCapture(event.pointerId);
   });
   stage.addEventListener('pointermove', event => {
+    showTexel(event);
     if (!drag) {
       setHover(numberAt(event));
       return showTip(event, view.hover);
@@ -357,7 +373,7 @@ function startPointer() {
     stage.classList.remove('dragging');
   });
   stage.addEventListener('pointercancel', () => { drag = null; });
-  stage.addEventListener('pointerleave', () => { setHover(-1); byId('tip').hidden = true; });
+  stage.addEventListener('pointerleave', () => { setHover(-1); byId('tip').hidden = byId('texel').hidden = true; });
   stage.addEventListener('dblclick', () => (view.fitted ? setZoom(1) : fit()));
   stage.addEventListener('wheel', event => {
     event.preventDefault();
@@ -365,7 +381,8 @@ function startPointer() {
     const lines = event.deltaMode === 1 ? event.deltaY * 16 : event.deltaY;
     setZoom(view.zoom * Math.exp(-lines / 400), event.clientX - box.left, event.clientY - box.top);
   }, {passive: false});
-  new ResizeObserver(() => (view.item && view.fitted ? fit() : null)).observe(stage);
+  // Hidden, the stage has no size.
+  new ResizeObserver(() => (view.item && view.fitted && stage.clientWidth ? fit() : null)).observe(stage);
 }
 
 function startViewer() {
