@@ -12,16 +12,16 @@ function makeCard(item) {
   const picture = make(`div.picture.checks${['', '', '.two', '.four', '.four'][shown.length]}`, {}, ...shown.map(one => thumbnail(one.image)));
   if (shown.length === 0) picture.append(make('span.dim', {}, 'Empty set'));
   if (item.faults.length) picture.append(make('span.badge', {}, countText(item.faults.length, 'fault')));
-  const facts = isSet ? countText(item.count, 'image') : `${sizeText(item.image.size)}${item.image.faces ? ' cube' : ''} \u00b7 ${item.image.format || 'unreadable'}`;
-  const use = item.used === null ? bytesText(isSet ? item.bytes : item.image.bytes) : percentText(item.used);
+  const facts = isSet ? `${countText(item.count, 'image')} \u00b7 ${bytesText(item.bytes)}`
+    : `${sizeText(item.image.size)}${item.image.faces ? ' cube' : ''} \u00b7 ${item.image.format || 'unreadable'}`;
   const card = make('a.card', {href: item.route, title: item.name},
     picture,
     make('div.text', {},
       item.kind === 'image' ? null : make('div.folder.cut', {}, folder || '\u00a0'),
-      make('div.name', {}, make('span.cut', {}, name), make(item.used !== null && item.used < 0.6 ? 'b.low' : 'b', {}, use)),
+      make('div.name.cut', {}, name),
       make('div.facts.cut', {}, facts),
-      item.used === null ? null : useBar(item.areas)));
-  const spoken = [item.name, facts, item.used === null ? use : `${use} used`];
+      item.used === null ? null : make('div.use', {}, useBar(item.areas), make(item.used < 0.6 ? 'b.low' : 'b', {}, percentText(item.used)))));
+  const spoken = [item.name, facts, ...(item.used === null ? [] : [`${percentText(item.used)} used`])];
   if (item.faults.length) spoken.push(countText(item.faults.length, 'fault'));
   card.setAttribute('aria-label', spoken.join(', '));
   return card;
