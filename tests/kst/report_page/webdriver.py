@@ -79,7 +79,7 @@ class Browser:
         """The value of a function body in the page."""
         return self._call("POST", "/execute/sync", {"script": script, "args": list(arguments)})
 
-    def wait(self, script, *arguments, seconds=20):
+    def wait(self, script, *arguments, seconds=60):
         """Runs a function body until its value is true, and gives it."""
         end = time.monotonic() + seconds
         while not (value := self.run(script, *arguments)):

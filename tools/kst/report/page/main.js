@@ -12,9 +12,9 @@ function showView(id) {
 
 function route() {
   const [kind, first, second, third, fourth] = location.hash.replace(/^#\/?/, '').split('/');
-  const set = kind === 's' ? sets[first] : undefined;
+  const set = kind === 's' ? sets[Number(first)] : undefined;
   const isImage = set && second !== undefined;
-  const item = kind === 'a' ? atlases[first] : isImage ? set.images[second] : undefined;
+  const item = kind === 'a' ? atlases[Number(first)] : isImage ? set.images[Number(second)] : undefined;
   const chosen = isImage ? [third, fourth] : [second, third];
   if (item) {
     showView('viewer');

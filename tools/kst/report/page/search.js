@@ -26,8 +26,8 @@ function setResults(words) {
   layGallery();
   const places = gallery.matches ? gallery.matches.size : 0;
   const told = found.length === 0 ? 'No texture of that name' : `${countText(found.length, 'texture')} in ${countText(places, 'place')}`;
-  const rest = found.length > mostResults ? [make('p', {}, `and ${decimals(found.length - mostResults, 0)} more`)] : [];
-  search.list.replaceChildren(make('p', {}, told), ...found.slice(0, mostResults).map((entry, number) => {
+  const rest = found.length > mostResults ? [make('p', {role: 'presentation'}, `and ${decimals(found.length - mostResults, 0)} more`)] : [];
+  search.list.replaceChildren(make('p', {role: 'presentation'}, told), ...found.slice(0, mostResults).map((entry, number) => {
     const alias = entry.also && entry.also !== entry.name ? make('span.dim', {}, ` (${entry.also})`) : null;
     const link = make('a', {href: entry.route, id: `result${number}`, role: 'option', tabIndex: -1},
       make('span.cut', {}, ...marked(entry.name, words), ...(alias ? [alias] : [])), make('span.cut', {}, entry.where));
