@@ -22,6 +22,10 @@ struct Unload {
 };
 using Handle = std::unique_ptr<FIBITMAP, Unload>;
 
+struct CloseMemory {
+    void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
+
 void drop_message(FREE_IMAGE_FORMAT /*format*/, const char* /*text*/) {}
 
 /// Holds the library's plugins for as long as the process lives. A shared library counts the calls; a static one
@@ -78,6 +82,9 @@ std::optional<std::pair<std::int32_t, std::int32_t>> plausible_size(const std::s
         return std::nullopt;
     return std::pair(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
 }
+
+/// Level 3 makes the bytes of level 6 in a third of its time.
+constexpr int fast_deflate = 3;
 
 unsigned write_to_file(void* buffer, unsigned size, unsigned count, fi_handle handle) {
     auto& file = *static_cast<OutputFile*>(handle);
@@ -173,6 +180,20 @@ bool Bitmap::save(const std::string& path, BitmapFormat format) const {
     if (!file.close())
         file.discard();
     return file.good();
+}
+
+std::vector<std::uint8_t> Bitmap::encode_png(PngContent content) const {
+    use_library();
+    const Handle part(content == PngContent::colour ? FreeImage_ConvertTo24Bits(handle_)
+                                                    : FreeImage_GetChannel(handle_, FICC_ALPHA));
+    require(part.get(), "convert", width_, height_);
+    const std::unique_ptr<FIMEMORY, CloseMemory> memory(FreeImage_OpenMemory(nullptr, 0));
+    BYTE* bytes = nullptr;
+    DWORD size = 0;
+    if (memory == nullptr || FreeImage_SaveToMemory(FIF_PNG, part.get(), memory.get(), fast_deflate) == FALSE ||
+        FreeImage_AcquireMemory(memory.get(), &bytes, &size) == FALSE)
+        require(nullptr, "encode", width_, height_);
+    return {bytes, bytes + size};
 }
 
 Bitmap Bitmap::rescale(std::int32_t width, std::int32_t height, RescaleFilter filter) const {

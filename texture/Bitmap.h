@@ -18,6 +18,12 @@ enum class BitmapFormat { bmp, png, tga };
 /// The resampling filters of Bitmap::rescale, with the library's numbers.
 enum class RescaleFilter : std::int32_t { box = 0, bicubic = 1, bilinear = 2, bspline = 3, catmull_rom = 4 };
 
+/// What of a picture goes into PNG bytes. An alpha channel beside its colour in one file would make viewers mix the two.
+enum class PngContent {
+    colour, ///< 24 bits a pixel, alpha dropped
+    alpha   ///< alpha alone, as 8 bits of grey
+};
+
 /// The longest side and the greatest area of an image file that is decoded. 2^28 pixels take 1 GiB.
 constexpr std::int32_t max_image_side = 65536;
 constexpr std::int64_t max_image_pixels = std::int64_t{1} << 28;
@@ -47,6 +53,9 @@ public:
     /// Writes the file with the library's default settings. False when it cannot be opened or written in full; then
     /// nothing half-written stays.
     bool save(const std::string& path, BitmapFormat format) const;
+
+    /// The bytes of a PNG file in memory. Throws std::runtime_error when they cannot be made.
+    std::vector<std::uint8_t> encode_png(PngContent content) const;
 
     std::int32_t width() const { return width_; }
     std::int32_t height() const { return height_; }

@@ -1,6 +1,5 @@
 #include "texture/ImageReader.h"
 
-#include "compression/DdsReader.h"
 #include "source/utility/filesystem/MemoryFileSystem.h"
 #include "source/utility/image/DDSImageParser.h"
 #include "source/utility/image/TargaImageParser.h"
@@ -22,16 +21,14 @@ std::size_t read_stream(void* destination, std::size_t count, void* user) {
 }
 
 std::optional<ImageFile> read_dds_file(const std::string& path, FileLevels levels) {
-    std::ifstream file(path, std::ios::binary);
-    compression::DdsInfo info;
-    if (compression::read_dds(info, /*output_form=*/0, levels == FileLevels::first ? 1 : 0, read_stream, &file) !=
-        compression::OK)
+    std::optional<compression::DdsInfo> info = read_dds_levels(path, levels);
+    if (!info)
         return std::nullopt;
     ImageFile image;
-    image.is_cube = info.kind != 0;
+    image.is_cube = info->kind != 0;
     if (image.is_cube)
         return image;
-    for (compression::LevelImage& level : info.images) {
+    for (compression::LevelImage& level : info->images) {
         if (level.width < 1 || level.height < 1)
             return std::nullopt;
         image.mips.push_back(to_bitmap(level));
@@ -90,6 +87,15 @@ std::optional<ImageFile> read_image_file(const std::string& path, FileLevels lev
         return image;
     }
     throw std::runtime_error("Unhandled image format for " + path);
+}
+
+std::optional<compression::DdsInfo> read_dds_levels(const std::string& path, FileLevels levels) {
+    std::ifstream file(path, std::ios::binary);
+    compression::DdsInfo info;
+    if (compression::read_dds(info, /*output_form=*/0, levels == FileLevels::first ? 1 : 0, read_stream, &file) !=
+        compression::OK)
+        return std::nullopt;
+    return info;
 }
 
 SourceTexture make_source_texture(std::string name, std::string path,

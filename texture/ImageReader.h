@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compression/DdsReader.h"
 #include "driver/records/SourceTexture.h"
 #include "texture/Bitmap.h"
 
@@ -33,6 +34,10 @@ std::optional<ImageInfo> read_image_info(const std::string& path);
 /// Decodes the file. Only DDS files hold more than one level. Empty when the file is missing or cannot be decoded.
 /// Throws std::runtime_error "Unhandled image format for " + path.
 std::optional<ImageFile> read_image_file(const std::string& path, FileLevels levels);
+
+/// Decodes a DDS file of any kind, faces and slices included, with what its header says of the format. Empty when it is
+/// missing or cannot be decoded.
+std::optional<compression::DdsInfo> read_dds_levels(const std::string& path, FileLevels levels);
 
 /// The record of one texture: its flags from the name, its size from the file. A name that ends in "_bm" marks a bump
 /// map; the first of "_x_", "_y_", then "_xy_" or "_yx_" found in it says where the texture tiles. Throws as

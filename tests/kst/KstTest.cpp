@@ -200,5 +200,29 @@ TEST_F(Kst, lists_stats_blocks_and_gives_them_to_scripts) {
     EXPECT_EQ(run({"script", "run", "p"}).exit_code, 1); // nothing to import as stats
 }
 
+TEST_F(Kst, reports_atlases_and_what_is_wrong_with_them) {
+    folder.write("out/a/tdb_atlas_set.xml", "<atlas_set name=\"a\"/>");
+    folder.write("out/a/atlas.tga", tga_bytes(4, 4));
+    const Result good = run({"atlas", "report", "out", "-o", "page.html", "--max-size", "64"});
+    EXPECT_EQ(good.exit_code, 0) << good.err;
+    EXPECT_EQ(good.out, "page.html: 1 atlas, 0 texture sets, 0.1 MB, pictures up to 64 texels a side\n");
+    folder.write("out/b/tdb_texture_set.xml", "<texture_set><image name=\"x\"/><image name=\"y\"/></texture_set>");
+    const Result faulty = run({"atlas", "report", "-o", "page.html", "out"});
+    EXPECT_EQ(faulty.exit_code, 1);
+    EXPECT_EQ(faulty.err, "kst: b/x: there is no image of that name (.dds, .tga, .png, .bmp)\n"
+                          "kst: b/y: there is no image of that name (.dds, .tga, .png, .bmp)\n"
+                          "kst: 2 faults in the outputs; the page shows the rest\n");
+    EXPECT_THAT(folder.read("page.html"), HasSubstr("b/x: there is no image"));
+    folder.write("empty/readme.txt", "");
+    expect({"atlas", "report", "empty", "-o", "none.html"}, 1, "",
+           "kst: there is no atlas and no texture set below empty\n");
+    expect({"atlas", "report", "nowhere", "-o", "none.html"}, 1, "",
+           "kst: cannot read nowhere: there is no such directory\n");
+    expect({"atlas", "report", "out", "-o", "nowhere/page.html"}, 1, "", "kst: cannot write nowhere/page.html\n");
+    EXPECT_EQ(run({"atlas", "report", "out"}).exit_code, 2);
+    EXPECT_EQ(run({"atlas"}).exit_code, 2);
+    EXPECT_EQ(folder.read("none.html"), "");
+}
+
 } // namespace
 } // namespace mosaicer

@@ -21,14 +21,16 @@ void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
-void add_script_run_command(CLI::App& script);
 void add_stats_commands(CLI::App& app);
 void add_objects_command(CLI::App& app);
 void add_atlas_commands(CLI::App& app);
 
-// Each adds one subcommand of the group `atlas`.
+// Each adds one subcommand of a group.
 
+void add_script_run_command(CLI::App& script);
 void add_atlas_check(CLI::App& atlas);
+void add_atlas_plan(CLI::App& atlas);
+void add_atlas_report(CLI::App& atlas);
 void add_atlas_schema(CLI::App& atlas);
 
 } // namespace kst::tool
