@@ -45,7 +45,7 @@ void file_texture(const DirectoryEntry& file, TextureIndex::Records& records) {
 /// Depth first, in listing order. `above` holds the directories that are being walked: a link that leads back to one of
 /// them is passed over.
 void walk_directory(const std::string& directory, std::vector<kst::platform::FileIdentity>& above,
-                    TextureIndex::Records& records) {
+                    TextureIndex::Records& records, IndexWalk& walk) {
     kst::platform::PathInfo info;
     if (kst::platform::path_info(directory, info) != kst::platform::PathResult::ok)
         return;
@@ -55,10 +55,12 @@ void walk_directory(const std::string& directory, std::vector<kst::platform::Fil
         return;
     }
     above.push_back(info.identity);
+    walk.directories.push_back(directory);
     for (const DirectoryEntry& entry : list_directory(directory)) {
         if (entry.is_directory) {
-            walk_directory(entry.path, above, records);
+            walk_directory(entry.path, above, records, walk);
         } else if (is_texture_extension(entry.extension)) {
+            walk.files.push_back(entry.path);
             try {
                 file_texture(entry, records);
             } catch (const std::runtime_error& failure) {
@@ -94,10 +96,11 @@ std::vector<std::string> TextureIndex::unique_roots() const {
 void TextureIndex::ensure_built() {
     if (built_)
         return;
-    for (const std::string& root : unique_roots()) {
+    walk_ = {.number = walk_.number + 1, .roots = unique_roots(), .directories = {}, .files = {}};
+    for (const std::string& root : walk_.roots) {
         *Report.verbose << "Indexing " << root << "... ";
         std::vector<kst::platform::FileIdentity> above;
-        walk_directory(root, above, records_);
+        walk_directory(root, above, records_, walk_);
         *Report.verbose << "done (" << records_.size() << " textures found)" << std::endl;
     }
     built_ = true;

@@ -4,12 +4,21 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace mosaicer {
+
+/// What a walk over the roots has looked at, for those who must know when another walk would find something else.
+struct IndexWalk {
+    std::int32_t number = 0;              ///< counts the walks of one index; 0: none yet
+    std::vector<std::string> roots;       ///< in the order walked
+    std::vector<std::string> directories; ///< all that were listed
+    std::vector<std::string> files;       ///< all with a texture's extension, also those that got no record
+};
 
 /// All source textures below up to ten root directories, by lower-case base name. Built when a first set needs it.
 ///
@@ -47,9 +56,13 @@ public:
     /// In ascending order of key.
     const Records& records() const { return records_; }
 
+    /// The walk that the records come from. Putting roots back does not change it.
+    const IndexWalk& walk() const { return walk_; }
+
 private:
     Roots roots_;
     Records records_;
+    IndexWalk walk_;
     bool built_ = false;
     std::string base_root_;
 };

@@ -21,5 +21,10 @@ void add_eval_command(CLI::App& app);
 void add_image_commands(CLI::App& app);
 void add_bundle_commands(CLI::App& app);
 void add_script_commands(CLI::App& app);
+void add_atlas_commands(CLI::App& app);
+
+// Each adds its subcommands of `atlas`.
+
+void add_atlas_plan(CLI::App& atlas);
 
 } // namespace kst::tool

@@ -23,6 +23,7 @@ int run(int argc, char** argv) {
     kst::tool::add_image_commands(app);
     kst::tool::add_bundle_commands(app);
     kst::tool::add_script_commands(app);
+    kst::tool::add_atlas_commands(app);
     kst::VirtualFileSystem files;
     kst::DiskFileSystem disk;
     files.mount("/", &disk, /*owned=*/false);
