@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <set>
 #include <string_view>
+#include <utility>
 
 namespace mosaicer {
 namespace {
@@ -41,6 +43,16 @@ std::string hexadecimal(std::uint64_t value) {
     return {digits.data(), end};
 }
 
+/// Adds paths as Ninja itself spells them, so that no file is named twice in a statement.
+void add_paths(PathSet& to, std::span<const std::string> paths) {
+    for (const std::string& path : paths) {
+        std::string plain = std::filesystem::path(path).lexically_normal().string();
+        if (plain.size() > 1 && plain.ends_with('/'))
+            plain.pop_back();
+        to.insert(std::move(plain));
+    }
+}
+
 std::string spaced(const auto& texts, auto&& written) {
     std::string line;
     for (const std::string& text : texts)
@@ -56,7 +68,9 @@ std::string as_argument(const std::string& path) {
 class PlanText {
 public:
     PlanText(const DefinitionSurvey& survey, const PlanRoots& roots, const PlanOptions& options)
-        : survey_(survey), roots_(roots), options_(options), state_(options.plan_path + ".state/") {}
+        : survey_(survey), roots_(roots), options_(options), state_(options.plan_path + ".state/") {
+        add_paths(definitions_, survey.definitions);
+    }
 
     std::string text() {
         add_head();
@@ -95,7 +109,7 @@ private:
     }
 
     /// What all edges need but do not watch by time; see the header.
-    std::string definitions() const { return " ||" + spaced(survey_.definitions, ninja_path); }
+    std::string definitions() const { return " ||" + spaced(definitions_, ninja_path); }
 
     /// A program that the shell looks up by its name is no file that can be watched.
     static std::string program_input(const std::string& program) {
@@ -109,8 +123,8 @@ private:
         bool has_split = false;
         for (const std::size_t i : group.sets) {
             const SurveyedSet& set = survey_.sets[i];
-            inputs.insert(set.inputs.begin(), set.inputs.end());
-            outputs.insert(set.outputs.begin(), set.outputs.end());
+            add_paths(inputs, set.inputs);
+            add_paths(outputs, set.outputs);
             id = combined_fingerprint(id, set.fingerprint);
             has_split = has_split || set.is_split;
         }
@@ -152,11 +166,11 @@ private:
 
     /// Sources may go: a phony edge for each makes that a reason to plan anew and not an error.
     void add_own_edge() {
-        PathSet inputs(survey_.definitions.begin(), survey_.definitions.end());
-        inputs.insert(survey_.directories.begin(), survey_.directories.end());
-        inputs.insert(survey_.sources.begin(), survey_.sources.end());
+        PathSet inputs = definitions_;
+        add_paths(inputs, survey_.directories);
+        add_paths(inputs, survey_.sources);
         for (const SurveyedSet& set : survey_.sets)
-            inputs.insert(set.inputs.begin(), set.inputs.end());
+            add_paths(inputs, set.inputs);
         const std::string list = spaced(inputs, ninja_path);
         text_ += "\nbuild " + ninja_path(options_.plan_path) + ": plan" + list + program_input(options_.kst) +
                  "\nbuild" + list + ": phony\n";
@@ -165,6 +179,7 @@ private:
     const DefinitionSurvey& survey_;
     const PlanRoots& roots_;
     const PlanOptions& options_;
+    PathSet definitions_;
     std::string state_;
     std::string text_;
     std::string stamps_;
@@ -178,8 +193,10 @@ std::string ninja_plan(const DefinitionSurvey& survey, const PlanRoots& roots, c
 
 std::string ninja_dyndep(const std::string& stamp, std::span<const std::string> outputs) {
     std::string text = "ninja_dyndep_version = 1\nbuild " + dyndep_path(stamp);
-    if (!outputs.empty())
-        text += " |" + spaced(outputs, dyndep_path);
+    PathSet files;
+    add_paths(files, outputs);
+    if (!files.empty())
+        text += " |" + spaced(files, dyndep_path);
     return text + ": dyndep\n";
 }
 

@@ -1,7 +1,9 @@
 #include "driver/plan/survey_definition.h"
 
-#include "driver/SetAttributes.h"
 #include "driver/TextureIndex.h"
+#include "driver/plan/LeftOutReading.h"
+#include "driver/plan/OutputWriters.h"
+#include "driver/plan/TextureMarks.h"
 #include "driver/plan/set_fingerprint.h"
 #include "driver/plan/set_outputs.h"
 #include "driver/read_set_definition.h"
@@ -13,12 +15,9 @@
 #include "source/utility/xml/XMLDocument.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <iterator>
-#include <map>
 #include <numeric>
-#include <optional>
 #include <set>
 #include <stdexcept>
 
@@ -48,63 +47,6 @@ std::string standing_directory(std::string path) {
         path = std::filesystem::path(path).parent_path().string();
     return path.empty() ? "." : path;
 }
-
-/// One spelling for each file, for comparison alone.
-std::string one_spelling(const std::string& path) {
-    return std::filesystem::absolute(path).lexically_normal().string();
-}
-
-/// What earlier sets have left on the textures of one walk of the index.
-class TextureMarks {
-public:
-    /// For a new walk, whose textures are new.
-    void forget() { marks_.clear(); }
-
-    /// Notes what this set put on textures and takes it off again, so that each set shows what it puts on by itself.
-    /// Gives the earlier sets whose marks would have changed this one.
-    std::set<std::size_t> exchange(std::size_t set_number, const AtlasSetDefinition& set, const TextureIndex& index) {
-        std::set<std::size_t> needed;
-        for (const SetTextureEntry& entry : set.textures)
-            add_needed(*entry.texture, set.has_positions, needed);
-        for (const SetTextureEntry& entry : set.textures)
-            if (!entry.texture->used_by.empty())
-                take_mark(set_number, *entry.texture);
-        if (set.has_positions)
-            for (const auto& [key, texture] : index.records())
-                if (texture->position != unset)
-                    take_mark(set_number, *texture);
-        return needed;
-    }
-
-private:
-    struct Mark {
-        std::size_t set_number;
-        std::set<std::int32_t> used_by;
-        std::array<float, 3> position;
-    };
-    static constexpr std::array<float, 3> unset{};
-
-    void add_needed(const SourceTexture& texture, bool has_positions, std::set<std::size_t>& needed) const {
-        const auto found = marks_.find(&texture);
-        if (found == marks_.end())
-            return;
-        for (const Mark& mark : found->second) {
-            const bool adds_groups = !std::ranges::includes(texture.used_by, mark.used_by);
-            // A position of 0 may be the set's own word, but a texture that it does not place has the same.
-            const bool places = has_positions && texture.position == unset && mark.position != unset;
-            if (adds_groups || places)
-                needed.insert(mark.set_number);
-        }
-    }
-
-    void take_mark(std::size_t set_number, SourceTexture& texture) {
-        marks_[&texture].push_back({set_number, std::move(texture.used_by), texture.position});
-        texture.used_by.clear();
-        texture.position = unset;
-    }
-
-    std::map<const SourceTexture*, std::vector<Mark>> marks_;
-};
 
 /// Follows the reader over the definition and keeps what would be made.
 class Recorder {
@@ -194,101 +136,8 @@ private:
     std::size_t walk_starter_ = 0;
 };
 
-/// What the elements of a definition are where a pattern leaves out the set that they stand in: its texture entries are
-/// then read as elements, with set attributes.
-class LeftOutReading {
-public:
-    LeftOutReading(const std::string& textures_root, const kst::XMLNode& definition) : index_(textures_root) {
-        try {
-            read(AtlasSetDefinition{}, definition);
-        } catch (const std::runtime_error&) {
-            is_harmless_ = false; // an entry that only fails as an element fails every run with a pattern
-        }
-    }
-
-    /// False: leaving out a set changes or fails the sets behind it, so that only a run of all sets is good.
-    bool is_harmless() const { return is_harmless_; }
-    const std::vector<NestedSet>& nested() const { return nested_; }
-
-private:
-    void read(const AtlasSetDefinition& parent, const kst::XMLNode& node) {
-        const TextureIndex::Roots roots = index_.roots();
-        const AtlasSetDefinition element = read_set_attributes(parent, node, index_);
-        const bool is_set = node.name() == "atlas" || node.name() == "texture_set";
-        const bool is_inside = owner_.has_value();
-        if (is_inside && index_.roots() != roots)
-            is_harmless_ = false;
-        if (is_set && is_inside)
-            nested_.push_back({element.name, *owner_});
-        else if (is_set)
-            owner_ = set_count_++;
-        for (const kst::XMLNode& child : node.children())
-            read(element, child);
-        if (is_set && !is_inside)
-            owner_.reset();
-        index_.restore_roots(roots);
-    }
-
-    TextureIndex index_;
-    std::vector<NestedSet> nested_;
-    std::optional<std::size_t> owner_; ///< the set that is being read
-    std::size_t set_count_ = 0;
-    bool is_harmless_ = true;
-};
-
-/// The number behind "atlas" in the name of a directory of a split set.
-bool is_numbered_atlas(const std::string& name) {
-    constexpr std::string_view prefix = "atlas";
-    return name.size() > prefix.size() && name.starts_with(prefix) &&
-           name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
-}
-
-/// Which set writes a file. The folders of a split set's atlases are all its own, as their number is not known.
-class Writers {
-public:
-    /// The sets that write the same files as this one, so far.
-    std::set<std::size_t> add(std::size_t number, const SurveyedSet& set, const std::string& output_root) {
-        std::set<std::size_t> others;
-        for (const std::string& output : set.outputs) {
-            const std::string file = one_spelling(output);
-            if (const auto writer = writer_of(file); writer && *writer != number)
-                others.insert(*writer);
-            files_.emplace(file, number);
-            folders_.emplace(std::filesystem::path(file).parent_path().string(), number);
-        }
-        if (set.is_split)
-            add_split(number, one_spelling(join_path(output_root, set.name)), others);
-        return others;
-    }
-
-    std::optional<std::size_t> writer_of(const std::string& file) const {
-        if (const auto found = files_.find(file); found != files_.end())
-            return found->second;
-        const std::filesystem::path folder = std::filesystem::path(file).parent_path();
-        const auto split = split_folders_.find(folder.parent_path().string());
-        if (split == split_folders_.end() || !is_numbered_atlas(folder.filename().string()))
-            return std::nullopt;
-        return split->second;
-    }
-
-private:
-    void add_split(std::size_t number, const std::string& folder, std::set<std::size_t>& others) {
-        const auto [split, is_new] = split_folders_.emplace(folder, number);
-        if (!is_new)
-            others.insert(split->second);
-        const std::string prefix = folder + "/";
-        for (auto at = folders_.lower_bound(prefix); at != folders_.end() && at->first.starts_with(prefix); ++at)
-            if (is_numbered_atlas(at->first.substr(prefix.size())))
-                others.insert(at->second);
-    }
-
-    std::map<std::string, std::size_t> files_;
-    std::multimap<std::string, std::size_t> folders_;
-    std::map<std::string, std::size_t> split_folders_;
-};
-
 /// Sets that write the same file need one another: the last one of a whole run must be the last one here.
-void join_writers_of_same_files(const Recorder& recorder, const std::string& output_root, Writers& writers,
+void join_writers_of_same_files(const Recorder& recorder, const std::string& output_root, OutputWriters& writers,
                                 std::vector<SetNaming>& namings) {
     for (std::size_t i = 0; i < recorder.sets.size(); ++i)
         for (const std::size_t other : writers.add(i, recorder.sets[i], output_root)) {
@@ -297,10 +146,10 @@ void join_writers_of_same_files(const Recorder& recorder, const std::string& out
         }
 }
 
-void check_inputs_are_not_written(const std::vector<SurveyedSet>& sets, const Writers& writers) {
+void check_inputs_are_not_written(const std::vector<SurveyedSet>& sets, const OutputWriters& writers) {
     for (const SurveyedSet& set : sets)
         for (const std::string& input : set.inputs)
-            if (const auto writer = writers.writer_of(one_spelling(input)))
+            if (const auto writer = writers.writer_of(input))
                 throw std::runtime_error("Set " + sets[*writer].name + " writes " + input + ", which set " + set.name +
                                          " reads");
 }
@@ -311,13 +160,6 @@ std::vector<EdgeGroup> all_in_one(std::size_t set_count) {
     EdgeGroup group{std::vector<std::size_t>(set_count), {""}};
     std::iota(group.sets.begin(), group.sets.end(), std::size_t{0});
     return {group};
-}
-
-/// An absent definition makes nothing and is no failure of a run, but nobody wants a plan of it.
-void load_definition(kst::XMLDocument& definition, const std::string& path) {
-    definition.load(path);
-    if (definition.type() == kst::XML_NONE)
-        throw std::runtime_error("cannot load " + path);
 }
 
 std::vector<std::string> listed(const PathSet& paths) {
@@ -331,7 +173,7 @@ DefinitionSurvey survey_definition(const PlanRoots& roots) {
     load_definition(definition, roots.definition_path);
     Recorder recorder(roots);
     recorder.read(definition);
-    Writers writers;
+    OutputWriters writers;
     std::vector<SetNaming> namings = recorder.namings;
     join_writers_of_same_files(recorder, roots.output_root, writers, namings);
     check_inputs_are_not_written(recorder.sets, writers);
@@ -345,31 +187,8 @@ DefinitionSurvey survey_definition(const PlanRoots& roots) {
     survey.definitions = listed(definitions);
     survey.directories = listed(recorder.directories);
     std::ranges::copy_if(recorder.sources, std::back_inserter(survey.sources),
-                         [&](const std::string& file) { return !writers.writer_of(one_spelling(file)); });
+                         [&](const std::string& file) { return !writers.writer_of(file); });
     return survey;
-}
-
-std::vector<std::string> split_set_outputs(const PlanRoots& roots, const std::vector<std::string>& patterns) {
-    kst::XMLDocument definition;
-    load_definition(definition, roots.definition_path);
-    std::vector<std::string> files;
-    PathSet seen;
-    const auto keep_files = [&](const AtlasSurface& surface, const BakeRequest& request) {
-        if (!surface.entries().empty())
-            for (std::string& file : atlas_outputs(request.output_root, request.atlas_name, request.file_format))
-                if (seen.insert(file).second)
-                    files.push_back(std::move(file));
-    };
-    const SetMakers makers{
-        [](AtlasSetDefinition&, const std::string&) {},
-        [&](const AtlasSetDefinition& set, const std::string& root) { create_split_atlas(set, root, keep_files); },
-        [](const AtlasSetDefinition&, const std::string&) {},
-    };
-    for (const std::string& pattern : patterns) {
-        TextureIndex index(kst::find_host_path(roots.textures_root));
-        read_set_definition(AtlasSetDefinition{}, definition, {index, roots.output_root, pattern, makers});
-    }
-    return files;
 }
 
 } // namespace mosaicer

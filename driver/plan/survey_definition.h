@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/plan/PlanRoots.h"
 #include "driver/plan/edge_groups.h"
 
 #include <cstdint>
@@ -7,13 +8,6 @@
 #include <vector>
 
 namespace mosaicer {
-
-/// What a run is given, as a plan is made for it.
-struct PlanRoots {
-    std::string textures_root;
-    std::string definition_path;
-    std::string output_root;
-};
 
 /// One set as a run of all sets would make it.
 struct SurveyedSet {
@@ -44,9 +38,5 @@ struct DefinitionSurvey {
 /// what the reader throws. The process's virtual file system must exist with the disk at its root. RunFlags tell about
 /// extra bitmaps.
 DefinitionSurvey survey_definition(const PlanRoots& roots);
-
-/// The files of the split sets that a run with one of these patterns makes, in the order of writing: the sets are
-/// packed, which needs sizes of textures alone. Throws what the reader and the packers throw.
-std::vector<std::string> split_set_outputs(const PlanRoots& roots, const std::vector<std::string>& patterns);
 
 } // namespace mosaicer

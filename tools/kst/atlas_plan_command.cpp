@@ -2,6 +2,7 @@
 
 #include "driver/CommandLine.h"
 #include "driver/plan/ninja_plan.h"
+#include "driver/plan/split_set_outputs.h"
 #include "driver/records/PathText.h"
 #include "driver/records/Report.h"
 #include "driver/records/RunFlags.h"
