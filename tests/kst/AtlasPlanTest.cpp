@@ -150,6 +150,23 @@ TEST_F(ExamplePlan, keeps_plan_and_files_while_the_definition_is_broken) {
     EXPECT_THAT(rebuilt(), ElementsAre("plan build.ninja"));
 }
 
+/// What a remote executor does: each edge in a directory of its own that holds its inputs and nothing else.
+TEST_F(ExamplePlan, needs_for_each_edge_only_what_it_names) {
+    plan_and_build("textures atlas_set.xml out -- -draft");
+    const Result farm = shell(R"sh(set -e
+        for stamp in build.ninja.state/*.log; do
+            rm -rf sandbox && mkdir -p sandbox/build.ninja.state
+            ninja -t query "$stamp" | sed -n '/input:/,/outputs:/s/^    |* *//p' | while read -r input; do
+                case $input in "$stamp" | /* | out/*) ;; *) cp --parents "$input" sandbox ;; esac
+            done
+            (cd sandbox && eval "$(cd .. && ninja -t commands -s "$stamp")")
+            mkdir -p farm && cp -r sandbox/out/. farm
+        done
+        rm -rf out && mv farm out)sh");
+    EXPECT_EQ(farm.exit_code, 0) << farm.text;
+    expect_bytes_of_a_plain_run("textures atlas_set.xml", "-draft");
+}
+
 TEST_F(AtlasPlan, takes_names_with_blanks_quotes_and_signs) {
     const std::string odd = "o'd d$:|#\xC3\xA4";
     folder.write("my tex/" + odd + "/a b$.tga", tga_bytes(4, 4, 0xFF00FF00u));
