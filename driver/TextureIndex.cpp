@@ -55,7 +55,7 @@ void TextureIndex::file_texture(const DirectoryEntry& file) {
     if (collide || (!replaces && !standing->image.file_path.ends_with(".dds"))) {
         const std::string& stays = replaces ? file.path : standing->image.file_path;
         const std::string& goes = replaces ? standing->image.file_path : file.path;
-        findings_.push_back({collide ? IndexFault::collision : IndexFault::twin, goes, stays, {}});
+        walk_.findings.push_back({collide ? IndexFault::collision : IndexFault::twin, goes, stays, {}});
     }
     if (replaces)
         standing = std::move(texture);
@@ -70,22 +70,24 @@ void TextureIndex::walk_directory(const std::string& directory, std::vector<kst:
     if (std::find(above.begin(), above.end(), info.identity) != above.end()) {
         *Report.warnings << "Directory " << directory << " leads back to a directory above it and is passed over"
                          << std::endl;
-        findings_.push_back({IndexFault::directory_circle, directory, {}, {}});
+        walk_.findings.push_back({IndexFault::directory_circle, directory, {}, {}});
         return;
     }
     above.push_back(info.identity);
+    walk_.directories.push_back(directory);
     for (const DirectoryEntry& entry : list_directory(directory)) {
         if (entry.is_directory) {
             walk_directory(entry.path, above);
         } else if (is_texture_extension(entry.extension)) {
+            walk_.files.push_back(entry.path);
             try {
                 file_texture(entry);
             } catch (const std::runtime_error& failure) {
                 *Report.warnings << failure.what() << std::endl;
-                findings_.push_back({IndexFault::unreadable, entry.path, {}, failure.what()});
+                walk_.findings.push_back({IndexFault::unreadable, entry.path, {}, failure.what()});
             }
         } else if (is_texture_extension(lower_name(entry.extension))) {
-            findings_.push_back({IndexFault::extension_case, entry.path, {}, {}});
+            walk_.findings.push_back({IndexFault::extension_case, entry.path, {}, {}});
         }
     }
     above.pop_back();
@@ -110,9 +112,8 @@ std::vector<std::string> TextureIndex::unique_roots() const {
 void TextureIndex::ensure_built() {
     if (built_)
         return;
-    ++walks_;
-    findings_.clear();
-    for (const std::string& root : unique_roots()) {
+    walk_ = {.number = walk_.number + 1, .roots = unique_roots(), .directories = {}, .files = {}, .findings = {}};
+    for (const std::string& root : walk_.roots) {
         *Report.verbose << "Indexing " << root << "... ";
         std::vector<kst::platform::FileIdentity> above;
         walk_directory(root, above);

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -29,6 +30,16 @@ struct IndexFinding {
     std::string path;
     std::string other; ///< the file that stands in the index in its place, or empty
     std::string text;
+};
+
+/// What a walk over the roots has looked at, for those who must know when another walk would find something else, and
+/// for those who tell what it made of it.
+struct IndexWalk {
+    std::int32_t number = 0;              ///< counts the walks of one index; 0: none yet
+    std::vector<std::string> roots;       ///< in the order walked
+    std::vector<std::string> directories; ///< all that were listed
+    std::vector<std::string> files;       ///< all with a texture's extension, also those that got no record
+    std::vector<IndexFinding> findings;
 };
 
 /// All source textures below up to ten root directories, by lower-case base name. Built when a first set needs it.
@@ -65,17 +76,14 @@ public:
     /// Walks the roots if that has not been done. A file that can't be read is told on Report.warnings and left out.
     void ensure_built();
 
-    /// How often the roots have been walked.
-    std::size_t walks() const { return walks_; }
-
-    /// Of the last walk, in its order.
-    const std::vector<IndexFinding>& findings() const { return findings_; }
-
     /// Null if there is no such texture. `key` is in lower case. Records live until a root changes.
     SourceTexture* find(const std::string& key) const;
 
     /// In ascending order of key.
     const Records& records() const { return records_; }
+
+    /// The walk that the records come from. Putting roots back does not change it.
+    const IndexWalk& walk() const { return walk_; }
 
 private:
     void file_texture(const DirectoryEntry& file);
@@ -84,8 +92,7 @@ private:
     MakeTexture make_texture_;
     Roots roots_;
     Records records_;
-    std::vector<IndexFinding> findings_;
-    std::size_t walks_ = 0;
+    IndexWalk walk_;
     bool built_ = false;
     std::string base_root_;
 };

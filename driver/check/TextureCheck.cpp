@@ -7,12 +7,12 @@
 namespace mosaicer {
 
 void TextureCheck::look_at_walk() {
-    if (seen_walks_ == index_.walks())
+    if (seen_walks_ == index_.walk().number)
         return;
-    seen_walks_ = index_.walks();
+    seen_walks_ = index_.walk().number;
     for (const auto& [key, texture] : index_.records())
         found_.insert(texture->image.file_path);
-    for (const IndexFinding& finding : index_.findings())
+    for (const IndexFinding& finding : index_.walk().findings)
         tell(finding);
 }
 

@@ -28,7 +28,7 @@ private:
 
     const TextureIndex& index_;
     Findings& findings_;
-    std::size_t seen_walks_ = 0;
+    std::int32_t seen_walks_ = 0;
     std::set<std::string> found_;
     std::set<std::string> used_;
 };

@@ -5,4 +5,5 @@ set(platform_sources
   File.cpp
   HostPath.cpp
   PathInfo.cpp
-  PerformanceCounter.cpp)
+  PerformanceCounter.cpp
+  ProgramPath.cpp)
