@@ -22,8 +22,8 @@ std::vector<ScriptValue> range(float start, float end, float step, std::size_t m
     std::vector<ScriptValue> numbers;
     numbers.reserve(static_cast<std::size_t>(count));
     // Each from the start, so that roundings do not add up.
-    for (double i = 0; i < count; ++i)
-        numbers.push_back(number_value(static_cast<float>(first + i * stride)));
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
+        numbers.push_back(number_value(static_cast<float>(first + static_cast<double>(i) * stride)));
     return numbers;
 }
 
