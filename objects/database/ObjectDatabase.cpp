@@ -21,7 +21,7 @@ class StreamWriter {
 public:
     explicit StreamWriter(Archive& output) : output_(output) { start_piece(); }
 
-    void add(const PersistentObject& object, ReferenceMap& references) {
+    void add(const PersistentObject& object, std::uint32_t number, ReferenceMap& references) {
         const std::int64_t start = piece_.position();
         const auto header_size = static_cast<std::int64_t>(sizeof(ObjectHeader));
         Archive data(piece_, start + header_size, 0, /*unbounded=*/true);
@@ -29,7 +29,7 @@ public:
         if (data.size() > piece_limit)
             throw ErrorWithCStack("ObjectDatabase::save_content() an object has 2 GiB of data or more");
         write_value(piece_, ObjectHeader{.type_id = object.type_id(),
-                                         .reference = references.reference_of(&object, false),
+                                         .reference = number,
                                          .size = static_cast<std::uint32_t>(data.size())});
         piece_.set_position(start + header_size + data.size());
         if (piece_.position() >= piece_size) {
@@ -63,9 +63,9 @@ private:
     MemoryDataStore* store_ = nullptr; ///< the piece's
 };
 
-void save_object(StreamWriter& writer, const PersistentObject& object, ReferenceMap& references) {
+void save_object(StreamWriter& writer, const PersistentObject& object, std::uint32_t number, ReferenceMap& references) {
     try {
-        writer.add(object, references);
+        writer.add(object, number, references);
     } catch (const UnkownReferenceError&) {
         throw UnkownReferenceError("Object " + idstring_text(object.name()) +
                                    " tried to create a reference to an unkown object!");
@@ -90,6 +90,7 @@ std::unique_ptr<PersistentObject> load_object(Archive& archive, ReferenceMap& re
 
 void ObjectDatabase::save_content(Archive& archive) const {
     ReferenceMap references;
+    references.reserve(objects.size());
     for (const auto& object : objects) {
         if (object == nullptr)
             throw ErrorWithCStack("ObjectDatabase::save_content() a null object cannot be stored");
@@ -97,8 +98,9 @@ void ObjectDatabase::save_content(Archive& archive) const {
     }
     write_value(archive, static_cast<std::uint32_t>(objects.size()));
     StreamWriter writer(archive);
+    std::uint32_t number = 0; // reference_of gave them out in this order
     for (const auto& object : objects)
-        save_object(writer, *object, references);
+        save_object(writer, *object, ++number, references);
     writer.flush();
 }
 

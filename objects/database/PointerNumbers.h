@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -17,10 +19,15 @@ public:
 
     std::uint32_t size() const { return count_; }
 
+    /// Makes room for so many objects in all.
+    void reserve(std::size_t count) {
+        if (slots_.size() < 2 * count)
+            rehash(static_cast<int>(std::countl_zero(std::max<std::size_t>(2 * count - 1, 15))));
+    }
+
     /// The object's number, and whether it is new. Not for null.
     std::pair<std::uint32_t, bool> add(const void* object) {
-        if (slots_.size() < 2 * (std::size_t{count_} + 1))
-            grow();
+        reserve(std::size_t{count_} + 1);
         Slot& slot = slots_[place_of(object)];
         if (slot.object != nullptr)
             return {slot.number, false};
@@ -52,10 +59,10 @@ private:
         return place;
     }
 
-    void grow() {
-        const std::vector<Slot> old = std::move(slots_);
-        shift_ = old.empty() ? 60 : shift_ - 1;
-        slots_ = std::vector<Slot>(std::size_t{1} << (64 - shift_));
+    /// To 2^(64 - shift) slots.
+    void rehash(int shift) {
+        const std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(std::size_t{1} << (64 - shift)));
+        shift_ = shift;
         for (const Slot& slot : old)
             if (slot.object != nullptr)
                 slots_[place_of(slot.object)] = slot;

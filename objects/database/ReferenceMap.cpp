@@ -38,6 +38,13 @@ void ReferenceMap::request_ref(std::uint32_t number, std::unique_ptr<ReferencePa
         entry.pending.push_back(std::move(patcher));
 }
 
+PersistentObject* ReferenceMap::find(std::uint32_t number) const {
+    if (number < dense_.size())
+        return dense_[number].object;
+    const auto found = sparse_.find(number);
+    return found != sparse_.end() ? found->second.object : nullptr;
+}
+
 std::size_t ReferenceMap::check_unresolved() {
     std::size_t unresolved = 0;
     const auto drop = [&](Entry& entry) { unresolved += std::exchange(entry.pending, {}).size(); };

@@ -55,6 +55,8 @@ public:
     /// taken for them at once.
     explicit ReferenceMap(std::uint32_t expected_objects = 0) : dense_(std::size_t{expected_objects} + 1) {}
 
+    /// For saving: makes room for so many objects.
+    void reserve(std::size_t count) { written_.reserve(count); }
     /// For saving: the object's number, 0 for null. An unknown object is given the next number if `allow_new`;
     /// otherwise throws UnkownReferenceError "Unkown reference target!".
     std::uint32_t reference_of(const PersistentObject* object, bool allow_new);
@@ -65,6 +67,8 @@ public:
     void register_ref(std::uint32_t number, PersistentObject* object);
     /// For loading: patches at once if the object is known, else when it arrives.
     void request_ref(std::uint32_t number, std::unique_ptr<ReferencePatcher> patcher);
+    /// For loading: the object of that number, null if it has not arrived.
+    PersistentObject* find(std::uint32_t number) const;
     /// How many patchers still wait. They are freed.
     std::size_t check_unresolved();
 
@@ -89,6 +93,8 @@ template <class T>
 void load_reference(ReferenceMap& references, std::uint32_t number, T** target) {
     if (number == 0)
         *target = nullptr;
+    else if (PersistentObject* const object = references.find(number)) // as request_ref would, without an allocation
+        reference_patcher<T>(target).patch(object);
     else
         references.request_ref(number, std::make_unique<reference_patcher<T>>(target));
 }
