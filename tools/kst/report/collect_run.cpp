@@ -70,7 +70,7 @@ void read_database(XMLDocument& document, const std::string& path, const std::st
     }
 }
 
-void read_head(ImageRecord& image, std::string path, std::string file, std::vector<std::string>& faults) {
+void read_head(ImageRecord& image, std::string path, const std::string& file, std::vector<std::string>& faults) {
     platform::PathInfo info;
     if (platform::path_info(path, info) == platform::PathResult::ok)
         image.bytes = info.size;
@@ -194,7 +194,8 @@ public:
 
     void visit(const std::string& directory, const std::string& folder) {
         platform::PathInfo info;
-        if (platform::path_info(directory, info) != platform::PathResult::ok || !seen_.insert(info.identity).second)
+        if (platform::path_info(directory, info) != platform::PathResult::ok ||
+            !seen_.insert({info.identity.device, info.identity.number}).second)
             return;
         const std::vector<mosaicer::DirectoryEntry> entries = mosaicer::list_directory(directory);
         const auto holds = [&entries](auto&& wanted) {
@@ -219,7 +220,7 @@ public:
 
 private:
     RunRecord* run_;
-    std::set<platform::FileIdentity> seen_;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> seen_; ///< identities of directories
 };
 
 } // namespace
