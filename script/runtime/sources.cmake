@@ -1,10 +1,20 @@
 set(runtime_sources
   ArchiveScanner.cpp
+  ContainersLibrary.cpp
   DirectoryLibrary.cpp
+  MathLibrary.cpp
   PrintFunction.cpp
+  RandomSource.cpp
+  ScriptBitField.cpp
   ScriptFile.cpp
   ScriptFileSystem.cpp
+  ScriptList.cpp
+  ScriptMap.cpp
   ScriptRTE.cpp
+  ScriptTCList.cpp
+  ScriptVector.cpp
   ScriptXMLNode.cpp
   UnionLibrary.cpp
+  callbacks.cpp
+  math_functions.cpp
   save_compiled_file.cpp)

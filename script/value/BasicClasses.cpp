@@ -1,5 +1,6 @@
 #include "script/value/BasicClasses.h"
 
+#include "script/value/DSError.h"
 #include "script/value/numbers.h"
 
 namespace kst::script {
@@ -14,6 +15,12 @@ float as_float(ScriptClass::Data data) {
 
 constinit ClassBoolean boolean_class;
 constinit ClassNumber number_class;
+
+float expect_number(const ScriptValue& value) {
+    if (value.kind() != ClassKind::number)
+        throw DSError("Value is not of type <number>, it is of type " + value.type_name());
+    return as_float(value.data());
+}
 
 float ClassBoolean::to_number(Data data) {
     return data != 0 ? 1.0f : 0.0f;

@@ -45,6 +45,9 @@ inline ScriptValue number_value(float value) {
     return ScriptValue::adopt(number_class, number_bits(value));
 }
 
+/// The float of a number. DSError for any other value: "Value is not of type <number>, it is of type <string>".
+float expect_number(const ScriptValue& value);
+
 /// A number counts as true when it is further from 0 than this.
 inline constexpr float number_truth_limit = 0.00005f;
 

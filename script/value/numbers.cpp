@@ -35,17 +35,28 @@ float out_of_range(std::string_view digits, std::chars_format format) {
     return small ? 0.0f : std::numeric_limits<float>::infinity();
 }
 
+template <typename Integer>
+Integer truncate(float value) {
+    using Limits = std::numeric_limits<Integer>;
+    if (std::isnan(value))
+        return 0;
+    // The lowest integer is a float, and so is its opposite, one above the highest: everything below it truncates into
+    // range.
+    constexpr auto lowest = static_cast<float>(Limits::min());
+    if (value >= -lowest)
+        return Limits::max();
+    if (value < lowest)
+        return Limits::min();
+    return static_cast<Integer>(value);
+}
+
 } // namespace
 
 std::int32_t truncate_to_int(float value) {
-    if (std::isnan(value))
-        return 0;
-    // 2^31 is a float, 2^31 - 1 is not: everything below the former truncates into range.
-    if (value >= 2147483648.0f)
-        return std::numeric_limits<std::int32_t>::max();
-    if (value < -2147483648.0f)
-        return std::numeric_limits<std::int32_t>::min();
-    return static_cast<std::int32_t>(value);
+    return truncate<std::int32_t>(value);
+}
+std::int64_t truncate_to_int64(float value) {
+    return truncate<std::int64_t>(value);
 }
 
 std::string number_text(float value) {

@@ -1,7 +1,11 @@
 set(value_sources
   BasicClasses.cpp
   ClassIdMethod.cpp
+  ClassInt64.cpp
+  ClassPolar.cpp
+  ClassQuaternion.cpp
   ClassString.cpp
+  ClassVector3.cpp
   ScriptClass.cpp
   WrappingClass.cpp
   format_text.cpp

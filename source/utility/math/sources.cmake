@@ -1,0 +1,7 @@
+set(math_sources
+  GQuat.cpp
+  Matrix4.cpp
+  Polar.cpp
+  Rotations.cpp
+  Vector.cpp
+  geometry.cpp)
