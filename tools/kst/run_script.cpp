@@ -1,6 +1,8 @@
 #include "tools/kst/Command.h"
 
+#include "script/runtime/ContainersLibrary.h"
 #include "script/runtime/HostLibrary.h"
+#include "script/runtime/MathLibrary.h"
 #include "script/runtime/PrintFunction.h"
 #include "script/runtime/ScriptFileSystem.h"
 #include "script/runtime/ScriptRTE.h"
@@ -25,6 +27,8 @@ struct RunArguments {
 /// What programs can import.
 void fill(script::HostLibrary& host) {
     host.add<script::PrintFunction>("print", std::cout);
+    host.add<script::ContainersLibrary>("containers");
+    host.add<script::MathLibrary>("math");
     host.add<script::ScriptFileSystem>("files", *VirtualFileSystem::instance());
 }
 
