@@ -74,7 +74,8 @@ void list(const ScriptArguments& arguments) {
 } // namespace
 
 void add_script_commands(CLI::App& app) {
-    CLI::App* const script = app.add_subcommand("script", "Run, compile and list programs of the engine's script language");
+    CLI::App* const script =
+        app.add_subcommand("script", "Run, compile and list programs of the engine's script language");
     script->require_subcommand(1);
     add_script_run_command(*script);
     const auto arguments = std::make_shared<ScriptArguments>();
