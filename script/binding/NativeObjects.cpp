@@ -12,16 +12,13 @@ std::uint32_t NativeObjects::enter(LibraryHelper& object) {
     return index;
 }
 
-void NativeObjects::release(std::uint32_t index) {
-    const std::int32_t left = pool_.drop_ref(index);
+void NativeObjects::leave(std::uint32_t index, std::int32_t left) {
     LibraryHelper* const object = pool_[index];
     if (object == nullptr) {
         if (left == 0)
             pool_.give_back(index);
         return;
     }
-    if (left > 1)
-        return;
     pool_.drop_ref(index);
     pool_[index] = nullptr;
     pool_.give_back(index);

@@ -29,11 +29,17 @@ public:
 
     std::uint32_t enter(LibraryHelper& object);
     void add_ref(std::uint32_t index) { pool_.add_ref(index); }
-    void release(std::uint32_t index);
+    void release(std::uint32_t index) {
+        const std::int32_t left = pool_.drop_ref(index);
+        if (left <= 1)
+            leave(index, left);
+    }
     /// For the object's destructor.
     void forget(LibraryHelper& object);
 
 private:
+    /// `left`, 1 or 0, is the count that the entry still has.
+    void leave(std::uint32_t index, std::int32_t left);
     void tell_waiting();
 
     IndexPool<LibraryHelper*> pool_;

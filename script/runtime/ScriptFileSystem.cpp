@@ -1,6 +1,10 @@
 #include "script/runtime/ScriptFileSystem.h"
 
+#include <algorithm>
+
+#include "script/runtime/MathConversions.h"
 #include "script/runtime/ScriptFile.h"
+#include "script/runtime/ScriptVector.h"
 #include "script/runtime/ScriptXMLNode.h"
 #include "source/utility/filesystem/file_functions.h"
 
@@ -11,12 +15,28 @@ void ScriptFileSystem::bind(StaticMemberSet<ScriptFileSystem>& members) {
     members.method<&ScriptFileSystem::is_dir>("is_dir");
     members.method<&ScriptFileSystem::full_path>("full_path");
     members.method<&ScriptFileSystem::system_path>("system_path");
+    members.method<&ScriptFileSystem::last_modified>("last_modified");
+    members.method<&ScriptFileSystem::list>("list", "*", false);
     members.method<&ScriptFileSystem::open>("open", "r");
     members.method<&ScriptFileSystem::make_dir>("make_dir");
     members.method<&ScriptFileSystem::delete_file>("delete_file");
     members.method<&ScriptFileSystem::copy_file>("copy_file");
     members.method<&ScriptFileSystem::can_write_to>("can_write_to");
     members.method<&ScriptFileSystem::parse_xml>("parse_xml");
+}
+
+std::int64_t ScriptFileSystem::last_modified(const std::string& path) const {
+    return static_cast<std::int64_t>(files_.last_modified(path));
+}
+
+ScriptValue ScriptFileSystem::list(const std::string& path, const std::string& patterns, bool want_directories) const {
+    std::vector<std::string> names;
+    files_.list(names, path, patterns, want_directories);
+    std::ranges::sort(names);
+    ScriptVector vector;
+    for (const std::string& name : names)
+        vector.push_back(string_value(name));
+    return make_script_owned<ScriptVector>(vector);
 }
 
 ScriptValue ScriptFileSystem::open(const std::string& path, const std::string& mode) const {

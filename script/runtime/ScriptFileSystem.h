@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,10 @@ public:
     bool is_dir(const std::string& path) const { return files_.is_dir(path); }
     std::string full_path(const std::string& path) const { return files_.full_path(path); }
     std::string system_path(const std::string& path) const { return files_.system_path(path); }
+    /// 100 ns ticks since 1601, an int64; 0 if there is no such file.
+    std::int64_t last_modified(const std::string& path) const;
+    /// A new ScriptVector of names without directory, in ascending order. `patterns` are parted by ";".
+    ScriptValue list(const std::string& path, const std::string& patterns, bool want_directories) const;
     /// A ScriptFile, or a NullScriptFile for what cannot be opened.
     ScriptValue open(const std::string& path, const std::string& mode) const;
     bool make_dir(const std::string& path) const { return files_.make_dir(path); }

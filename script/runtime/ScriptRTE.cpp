@@ -38,7 +38,7 @@ std::string compiled_path_of(const std::string& source_path) {
 void enter_lines(std::span<const std::int32_t> lines, ScriptRTE::CodeRecord& record) {
     for (std::size_t offset = 0; offset < lines.size(); ++offset)
         if (lines[offset] > 0)
-            record.lines.emplace_hint(record.lines.end(), static_cast<std::uint32_t>(offset), lines[offset]);
+            record.lines.emplace_back(static_cast<std::uint32_t>(offset), lines[offset]);
 }
 
 /// Where a script's own libraries are: the directory "lib" beside it. Empty for a name without directory.
@@ -152,8 +152,9 @@ ScriptRTE::Place ScriptRTE::place_of(const std::uint8_t* instruction) const {
         const std::uint8_t* const begin = record->code.data();
         if (before(instruction, begin) || !before(instruction, begin + record->code.size()))
             continue;
-        const auto line = record->lines.find(static_cast<std::uint32_t>(instruction - begin));
-        return {record.get(), line == record->lines.end() ? 0 : line->second};
+        const auto offset = static_cast<std::uint32_t>(instruction - begin);
+        const auto line = std::ranges::lower_bound(record->lines, offset, {}, &CodeRecord::Line::first);
+        return {record.get(), line == record->lines.end() || line->first != offset ? 0 : line->second};
     }
     return {};
 }

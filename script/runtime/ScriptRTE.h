@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "script/runtime/UnionLibrary.h"
@@ -50,12 +51,13 @@ public:
     };
 
     struct CodeRecord {
+        using Line = std::pair<std::uint32_t, std::int32_t>;
         std::string source_path;
         std::string script_name;
         /// Programs resolve names in it as they run.
         std::vector<std::uint8_t> code;
-        /// Source lines by code offset, for the instructions that have one; empty without debug block.
-        std::map<std::uint32_t, std::int32_t> lines;
+        /// Code offset and source line of the instructions that have one, ascending; empty without debug block.
+        std::vector<Line> lines;
         /// How many programs run on it.
         std::uint32_t users = 0;
     };

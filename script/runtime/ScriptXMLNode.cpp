@@ -1,5 +1,9 @@
 #include "script/runtime/ScriptXMLNode.h"
 
+#include "script/runtime/ScriptMap.h"
+#include "script/runtime/ScriptVector.h"
+#include "script/runtime/callbacks.h"
+
 namespace kst::script {
 
 void ScriptXMLNode::bind(StaticMemberSet<ScriptXMLNode>& members) {
@@ -8,8 +12,10 @@ void ScriptXMLNode::bind(StaticMemberSet<ScriptXMLNode>& members) {
     members.method<&ScriptXMLNode::line>("line");
     members.method<&ScriptXMLNode::has_parameter>("has_parameter");
     members.method<&ScriptXMLNode::parameter>("parameter", "");
+    members.method<&ScriptXMLNode::parameter_map>("parameter_map");
     members.method<&ScriptXMLNode::num_children>("num_children");
     members.method<&ScriptXMLNode::child>("child");
+    members.method<&ScriptXMLNode::children>("children");
     members.method<&ScriptXMLNode::for_each>("for_each");
     members.method<&ScriptXMLNode::iterator>("iterator");
 }
@@ -46,6 +52,20 @@ ScriptValue ScriptXMLNode::child(int index) {
     return found == nullptr ? ScriptValue() : value_of(*found);
 }
 
+ScriptValue ScriptXMLNode::parameter_map() const {
+    ScriptMap map;
+    for (const XMLParameter& parameter : node().parameters())
+        map.insert(id_value(parameter.name), string_value(std::string(parameter.value())));
+    return make_script_owned<ScriptMap>(map);
+}
+
+ScriptValue ScriptXMLNode::children() {
+    ScriptVector vector;
+    for (const XMLNode& child : node().children())
+        vector.push_back(value_of(child));
+    return make_script_owned<ScriptVector>(vector);
+}
+
 void ScriptXMLNode::for_each(const std::string& name, const ScriptValue& function) {
     // By position: the function may see the tree's root go, which `node` then tells.
     for (std::size_t i = 0; i < node().child_count(); ++i) {
@@ -53,7 +73,7 @@ void ScriptXMLNode::for_each(const std::string& name, const ScriptValue& functio
         if (child.type() != XML_ELEMENT || child.name() != name)
             continue;
         const ScriptValue argument = value_of(child);
-        function.call({&argument, 1});
+        call_back(function, {&argument, 1});
     }
 }
 

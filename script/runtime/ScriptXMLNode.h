@@ -37,9 +37,13 @@ public:
     std::string_view parameter(const std::string& name, const std::string& otherwise) const {
         return node().parameter(intern(name), otherwise);
     }
+    /// A new ScriptMap from names to texts.
+    ScriptValue parameter_map() const;
     /// Of every type.
     std::size_t num_children() const { return node().child_count(); }
     ScriptValue child(int index);
+    /// A new ScriptVector of the child elements.
+    ScriptValue children();
     /// Calls a function with each child element of that name.
     void for_each(const std::string& name, const ScriptValue& function);
     ScriptValue iterator();

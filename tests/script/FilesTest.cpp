@@ -82,6 +82,13 @@ TEST_F(Files, the_file_system_offers_its_operations) {
         {"note(files.copy_file(\"d/a.txt\", \"n\")); return notes + files.open(\"n/a.txt\").read_all();", "true a"},
         {"note(files.can_write_to(\"d\")); note(files.can_write_to(\"x/y\")); return notes;", "true false "},
         {"note(files.delete_file(\"d\")); note(files.exists(\"d/e/b.txt\")); return notes;", "true false "},
+        {"files.open(\"n/B.txt\", \"w\"); files.make_dir(\"n/sub\");"
+         "for (name in files.list(\"n\")) { note(name); } note(files.list(\"n\", \"*\", true).get(0));"
+         "note(files.list(\"n\", \"b*;*.txt\").size()); note(files.list(\"nowhere\").size()); return notes;",
+         "a.txt b.txt sub 2 0 "},
+        {"note(files.last_modified(\"nope\")); object t := files.last_modified(\"n/a.txt\"); note(t.type_string);"
+         "note(t > files.last_modified(\"nope\")); return notes;",
+         "0 <int64> true "},
         {"return files.full_path(\"n/A.txt\");", "n\\a.txt"},
         {"return files;", "<ScriptFileSystem>"},
     };
@@ -103,6 +110,12 @@ TEST_F(Files, xml_nodes_answer_like_the_tree) {
         {"object r := files.parse_xml(\"t.xml\"); note(r.child(1).name()); note(r.child(1).text());"
          "note(r.child(-1) = void); note(r.child(4) = void); return notes;",
          "#text text true true "},
+        {"object v := files.parse_xml(\"t.xml\").children(); note(v.size()); note(v.get(1).name());"
+         "note(v.get(2).parameter(\"name\")); return notes;",
+         "3 other b "},
+        {"object m := files.parse_xml(\"t.xml\").child(0).parameter_map(); note(m.size()); note(m.get(\"x\"));"
+         "for (name, text in m) { note(name + text); } return notes;",
+         "2 1 namea x1 "},
         {"each(files.parse_xml(\"t.xml\")); return notes;} name_of(c) { note(c.parameter(\"name\")); }"
          "each(r) { r.for_each(\"set\", name_of);",
          "a b "},

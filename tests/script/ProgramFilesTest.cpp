@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "script/runtime/ContainersLibrary.h"
 #include "script/runtime/HostLibrary.h"
 #include "script/runtime/PrintFunction.h"
 #include "script/runtime/ScriptFileSystem.h"
@@ -44,6 +45,7 @@ void run_and_compare(const fs::path& directory, const std::string& name, const s
     std::ostringstream output;
     HostLibrary host;
     host.add<PrintFunction>("print", output);
+    host.add<ContainersLibrary>("containers");
     host.add<ScriptFileSystem>("files", files);
     ScriptRTE environment({.root = "", .mode = ScriptRTE::Mode::read_only, .host = &host});
     std::string error, trace;
