@@ -1,4 +1,5 @@
 set(math_sources
   GQuat.cpp
   Matrix4.cpp
+  SlerpArc.cpp
   Vector.cpp)
