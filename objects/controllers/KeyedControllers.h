@@ -33,7 +33,7 @@ public:
         typename Interpolation::Segment segment;
         if (!track_.find_segment(time, segment))
             return false;
-        out = Interpolation::at(segment);
+        out = Interpolation::at(segment, memo_);
         return true;
     }
 
@@ -77,6 +77,7 @@ private:
     Value value_at(std::size_t index) const { return Interpolation::value_of(track_.keys()[index].value); }
 
     typename Interpolation::Track track_;
+    [[no_unique_address]] typename Interpolation::Memo memo_;
 };
 
 using StepFloatController =

@@ -1,15 +1,18 @@
 #pragma once
 
 #include "objects/controllers/KeyTrack.h"
+#include "source/utility/math/SlerpArc.h"
 
-#include <cstddef>
+#include <cstring>
 #include <type_traits>
+#include <vector>
 
 // What a keyed controller is made of besides its track: how a value comes of a segment, and which of the optional
 // operations it has. An interpolation tells
 //
 //     Value, Content                  what `get` delivers; what a key holds
-//     at(segment)                     the value at a place between two keys
+//     at(segment, memo)               the value at a place between two keys
+//     Memo                            what `at` keeps from one place to the next, to save work and without effect
 //     prints_keys                     whether `print` lists the keys
 //     value_of(content)               the value at a key, where keys are listed or smoothed
 //     smooths                         whether the ends can be smoothed; then also
@@ -23,6 +26,7 @@ struct Interpolation {
     using Content = ContentType;
     using Track = KeyTrack<Key<Content>>;
     using Segment = typename Track::Segment;
+    struct Memo {};
     static constexpr bool prints_keys = true;
     static constexpr bool smooths = false;
 
@@ -36,14 +40,18 @@ struct Interpolation {
 
 template <class Value>
 struct StepInterpolation : Interpolation<Value> {
-    static Value at(const typename Interpolation<Value>::Segment& s) { return *s.previous; }
+    static Value at(const typename Interpolation<Value>::Segment& s, typename Interpolation<Value>::Memo&) {
+        return *s.previous;
+    }
 };
 
 template <class Value>
 struct LinearInterpolation : Interpolation<Value> {
     static constexpr bool smooths = std::is_same_v<Value, Vector3>;
 
-    static Value at(const typename Interpolation<Value>::Segment& s) { return mix(*s.previous, *s.next, s.alpha); }
+    static Value at(const typename Interpolation<Value>::Segment& s, typename Interpolation<Value>::Memo&) {
+        return mix(*s.previous, *s.next, s.alpha);
+    }
     static Value mix(const Value& a, const Value& b, float w) { return (1 - w) * a + w * b; }
 };
 
@@ -52,7 +60,7 @@ template <class Value>
 struct BezierInterpolation : Interpolation<Value, BezierContent<Value>> {
     static constexpr bool prints_keys = false;
 
-    static Value at(const typename BezierInterpolation::Segment& s) {
+    static Value at(const typename BezierInterpolation::Segment& s, typename BezierInterpolation::Memo&) {
         const float a = s.alpha;
         const float b = 1 - a;
         const float d = s.delta * 0.33333334f;
@@ -64,18 +72,46 @@ struct BezierInterpolation : Interpolation<Value, BezierContent<Value>> {
     }
 };
 
+/// The arc between the two keys that were asked for last, which are most often those of the next place, too. Keys are
+/// told apart by their bits, so that no change of a track goes unseen.
+template <class Content>
+class LastArc {
+public:
+    const SlerpArc& between(const Content& p, const Content& q, GQuat (*rotation_of)(const Content&)) {
+        if (!known_ || !is_same(p, from_) || !is_same(q, to_)) {
+            arc_ = SlerpArc(rotation_of(p), rotation_of(q));
+            from_ = p;
+            to_ = q;
+            known_ = true;
+        }
+        return arc_;
+    }
+
+private:
+    static bool is_same(const Content& a, const Content& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+    bool known_ = false;
+    Content from_;
+    Content to_;
+    SlerpArc arc_;
+};
+
 struct SlerpInterpolation : Interpolation<GQuat> {
+    using Memo = LastArc<GQuat>;
     static constexpr bool smooths = true;
 
-    static GQuat at(const Segment& s) { return slerp(*s.previous, *s.next, s.alpha); }
+    static GQuat at(const Segment& s, Memo& memo) {
+        return memo.between(*s.previous, *s.next, [](const GQuat& q) { return q; }).at(s.alpha);
+    }
     static GQuat mix(const GQuat& a, const GQuat& b, float w) { return blend(a, b, w); }
 };
 
 /// Slerp between keys of 8 bytes. A stream has the whole quaternions; loading thins them out (see thin_keys).
 struct PackedSlerpInterpolation : Interpolation<GQuat, PackedQuat> {
+    using Memo = LastArc<PackedQuat>;
     static constexpr bool smooths = true;
 
-    static GQuat at(const Segment& s) { return slerp(unpack(*s.previous), unpack(*s.next), s.alpha); }
+    static GQuat at(const Segment& s, Memo& memo) { return memo.between(*s.previous, *s.next, value_of).at(s.alpha); }
     static GQuat mix(const GQuat& a, const GQuat& b, float w) { return blend(a, b, w); }
     static GQuat value_of(const PackedQuat& content) { return unpack(content); }
     static PackedQuat content_of(const GQuat& value) { return pack(value); }
@@ -96,7 +132,7 @@ struct PackedSlerpInterpolation : Interpolation<GQuat, PackedQuat> {
 struct QuatBezierInterpolation : Interpolation<GQuat, BezierContent<GQuat>> {
     static constexpr bool prints_keys = false;
 
-    static GQuat at(const Segment& s) {
+    static GQuat at(const Segment& s, Memo&) {
         const float a = s.alpha;
         const GQuat s1 = slerp(s.previous->value, s.previous->out, a);
         const GQuat s2 = slerp(s.previous->out, s.next->in, a);

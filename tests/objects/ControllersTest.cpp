@@ -179,6 +179,25 @@ TEST(KeyedControllersTest, RotationsTurnByTheAngleInBetween) {
     }
 }
 
+TEST(KeyedControllersTest, RotationsHaveTheBitsOfSlerpWhateverWasAskedBefore) {
+    std::mt19937 random(3);
+    const auto any = [&] { return static_cast<float>(random() % 2000) / 1000 - 1; };
+    QuatLinearRotationController rotations;
+    const auto change_keys = [&](float x_scale) {
+        for (const float time : {0.0f, 1.0f})
+            rotations.add_key(time, {any() * x_scale, any(), any(), any()});
+    };
+    for (int i = 0; i < 500; ++i) {
+        change_keys(i % 2 == 0 ? 1.0f : 0.0f);
+        for (const float time : {0.25f, 0.75f, 1.0f}) {
+            const auto& keys = rotations.track().keys();
+            GQuat q;
+            ASSERT_TRUE(rotations.get(time, q));
+            EXPECT_EQ(q, slerp(keys[0].value, keys[1].value, time));
+        }
+    }
+}
+
 TEST(KeyedControllersTest, PrintsKeys) {
     LinearVector3Controller linear;
     linear.add_key(0.5f, {1, 2.25f, -3});

@@ -56,19 +56,6 @@ Vector3 rotate(const GQuat& q, const Vector3& v) {
     return v + q.w * across + cross(u, across);
 }
 
-GQuat slerp(const GQuat& p, const GQuat& q, float blend) {
-    const double a = blend;
-    double c = exact_dot(p, q);
-    const double sign = c < 0 ? -1 : 1;
-    c *= sign;
-    if (1 - c < 1.1920929e-7) // near, and where rounding has made it more than 1
-        return weighted_sum(1 - a, p, sign * a, q);
-    // With θ the angle between them: sin(θ - aθ) / sin θ = cos aθ - cos θ sin aθ / sin θ, which spares a sine.
-    const double angle = a * std::acos(c);
-    const double wq = std::sin(angle) / std::sqrt((1 - c) * (1 + c));
-    return weighted_sum(std::cos(angle) - c * wq, p, sign * wq, q);
-}
-
 GQuat blend(const GQuat& p, const GQuat& q, float blend) {
     const double a = blend;
     double c = exact_dot(p, q);

@@ -3,5 +3,6 @@ set(math_sources
   Matrix4.cpp
   Polar.cpp
   Rotations.cpp
+  SlerpArc.cpp
   Vector.cpp
   geometry.cpp)
