@@ -12,7 +12,7 @@ namespace {
 /// Empty if no registered extension leads to a file.
 std::string find_file(const std::string& bare_name, FileSystem* files) {
     for (const std::string& extension : image_parser_extensions()) {
-        const std::string path = bare_name + extension;
+        std::string path = bare_name + extension;
         if (files != nullptr ? files->exists(path) : kst::exists(path))
             return path;
     }
