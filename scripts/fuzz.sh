@@ -6,7 +6,9 @@ cd "$(dirname "$0")/.."
 seconds=${1:-10}
 
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+# The targets and what they rest on, not the programs.
+mapfile -t targets < <(sed -n 's/^mosaicer_add_fuzz_target(\([a-z_]*\) .*/fuzz_\1/p' fuzz/CMakeLists.txt)
+cmake --build --preset fuzz --target "${targets[@]}"
 for target in build/fuzz/fuzz/fuzz_*; do
   [ -f "$target" ] && [ -x "$target" ] || continue
   name=$(basename "$target"); name=${name#fuzz_}
