@@ -161,6 +161,9 @@ TEST_F(StatsTest, ScriptsReadAndWriteVariables) {
                   "b.set_values_from_map(m); return \"\" + b.n + m.size() + m.get(\"s\");",
                   "88x"},
              Case{"b.m.insert(\"m\", b.m); b.m.insert(\"n\", 4); b.set_values_from_map(b.m); return b.n;", "4"},
+             Case{"object l; l := b.make_new().l; return l.size();",
+                  "cant find member: size in type <destroyed c++class>"},
+             Case{"object c; object l; c := b.make_new(); l := c.l.copy(); c := void; return l.size();", "0"},
              Case{"return b.missing;", "cant find member: missing in type <Statsblock:b>"},
          }) {
         EXPECT_EQ(run(c.body), c.result) << c.body;
