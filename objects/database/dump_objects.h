@@ -10,7 +10,7 @@ namespace kst {
 
 /// Prints the object stream at the archive's position, a line an object:
 ///
-///     LookAtRotationController 0x22126DC0 ref=7 size=18 name="gaze" roll=0 target=3 object=4
+///     LookAtRotationController 0x22126DC0 ref=7 size=17 name="gaze" roll=0 target=3 object=4
 ///
 /// The class's name and type identifier, its reference number, the size of its data, its name, then its own fields as
 /// DumpForm prints them. Bytes behind the last field are told as ` unread=COUNT`. Objects are read one at a time and

@@ -16,7 +16,7 @@ struct StatsBlockInfo;
 /// A record whose variables are declared by data. Scripts read and assign them as properties, `orc.health := 5`.
 ///
 /// A block is built by `add_value` and closed by `finish`; copies share what describes it. In a stream it is its name
-/// alone. An object variable that leads back to its own block, on whatever way, keeps both alive for ever.
+/// alone, so what is loaded is a block without variables. An object variable that leads back to its own block, on whatever way, keeps both alive for ever.
 class StatsBlock : public PersistentObject, public script::Bound<StatsBlock> {
 public:
     static constexpr std::uint32_t class_type_id = 0x185328D0;

@@ -15,7 +15,7 @@ namespace kst {
 /// script value, with its conversions.
 class StatsBlock::Value {
 public:
-    /// As in a stream of values: numbers are fixed.
+    /// The numbers are fixed.
     enum class Kind { number = 0, string = 1, boolean = 2, object = 3, list = 4, vector = 5, map = 6 };
 
     explicit Value(idstring name) : name_(name) {}

@@ -1,6 +1,8 @@
 #include "objects/timers/ChildTimer.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace kst {
 

@@ -78,7 +78,7 @@ ChildTimer* TimerManager::fixed_timer(std::string_view name) {
 ChildTimer* TimerManager::timer(std::string_view name) {
     if (ChildTimer* const fixed = fixed_timer(name))
         return fixed;
-    const auto found = named_timers_.find(intern(name));
+    const auto found = named_timers_.find(find_interned(name));
     return found == named_timers_.end() ? nullptr : found->second.get();
 }
 

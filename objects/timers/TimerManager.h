@@ -20,7 +20,7 @@ namespace kst {
 ///     pausable
 ///       game
 ///
-/// What runs on the tree must not outlive the manager's frame loop; see Timer about the order of destruction.
+/// Timers of others may run on these, and go before or after them.
 class TimerManager : public script::Bound<TimerManager> {
 public:
     static constexpr std::string_view script_name = "TimerManager";

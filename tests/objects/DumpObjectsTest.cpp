@@ -40,7 +40,7 @@ TEST(DumpObjectsTest, ALineAnObjectWithItsFields) {
     StreamBytes roomy = constant(2);
     roomy.bytes += "spare";
     EXPECT_EQ(dumped(StreamBytes()
-                         .u32(7)
+                         .u32(8)
                          .object(0x22126DC0, 4, StreamBytes().text("gaze").u32(0).u32(5).u32(4294967295))
                          .object(0x3D0B7EC7, 5, StreamBytes().text("").f32({1, 2, 3, 0, 0, 0, 1}).u32(4294967295))
                          .object(0x3D0B7EC7, 4294967295, StreamBytes().text("").f32({0, 0, 0, 0, 0, 0, 1}).u32(0))
@@ -49,7 +49,8 @@ TEST(DumpObjectsTest, ALineAnObjectWithItsFields) {
                                      {0, 0, 0, 0, 1, 1.5f, 1, 0, 0, 0}))
                          .object(0x29743550, 7, StreamBytes().text("").u32(0).f32({1, 1}).u32(1).f32({1, 2, 3, 4}))
                          .object(0x2CB20689, 8, StreamBytes().text("p").text("images\\wall"))
-                         .object(0x2060697E, 9, roomy)),
+                         .object(0x2060697E, 9, roomy)
+                         .object(0x185328D0, 10, StreamBytes().text("Orc"))),
               "LookAtRotationController 0x22126DC0 ref=4 size=17 name=\"gaze\" roll=0 target=5 object=4294967295\n"
               "Object3D 0x3D0B7EC7 ref=5 size=33 name=\"\" position=(1 2 3) rotation=(0 0 0 1) parent=4294967295\n"
               "Object3D 0x3D0B7EC7 ref=4294967295 size=33 name=\"\" position=(0 0 0) rotation=(0 0 0 1) parent=0\n"
@@ -57,7 +58,8 @@ TEST(DumpObjectsTest, ALineAnObjectWithItsFields) {
               "keys=2[0:(0 0 0 1) 1.5:(1 0 0 0)]\n"
               "BezierFloatController 0x29743550 ref=7 size=33 name=\"\" flags=0 start=1 end=1 keys=1[1:(2 3 4)]\n"
               "GeneralImageParser 0x2CB20689 ref=8 size=14 name=\"p\" path=\"images\\\\wall\"\n"
-              "ConstFloatController 0x2060697E ref=9 size=11 name=\"c\" value=2 unread=5\n");
+              "ConstFloatController 0x2060697E ref=9 size=11 name=\"c\" value=2 unread=5\n"
+              "StatsBlock 0x185328D0 ref=10 size=4 name=\"Orc\"\n");
 }
 
 TEST(DumpObjectsTest, NamesCannotLeaveTheirLine) {

@@ -11,6 +11,7 @@
 #include "source/utility/filesystem/DiskFileSystem.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
 #include "source/utility/xml/XMLDocument.h"
+#include "tests/objects/stream_support.h"
 #include "tests/script/RuntimeSupport.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -160,6 +161,9 @@ TEST_F(StatsTest, ScriptsReadAndWriteVariables) {
                   "b.set_values_from_map(m); return \"\" + b.n + m.size() + m.get(\"s\");",
                   "88x"},
              Case{"b.m.insert(\"m\", b.m); b.m.insert(\"n\", 4); b.set_values_from_map(b.m); return b.n;", "4"},
+             Case{"object l; l := b.make_new().l; return l.size();",
+                  "cant find member: size in type <destroyed c++class>"},
+             Case{"object c; object l; c := b.make_new(); l := c.l.copy(); c := void; return l.size();", "0"},
              Case{"return b.missing;", "cant find member: missing in type <Statsblock:b>"},
          }) {
         EXPECT_EQ(run(c.body), c.result) << c.body;
@@ -171,8 +175,22 @@ TEST_F(StatsTest, WriteProtectionStopsScripts) {
     read("<block name='b'><var name='n' type='number' default='2'/></block>");
     StatsBlock block = manager.prototype("b");
     block.set_write_protected(true);
-    block.set_value(0, script::number_value(5));
-    EXPECT_EQ(block.values()[0]->get_number(), 2);
+    const script::ScriptValue five = script::number_value(5);
+    script::ScriptMap pairs;
+    pairs.insert(script::string_value("n"), five);
+    for (const float expected : {2.0f, 5.0f}) {
+        block.set_value(0, five);
+        EXPECT_EQ(block.values()[0]->get_number(), expected);
+        block.values()[0]->set_number(2);
+        block.set_values_from_map(pairs);
+        EXPECT_EQ(block.values()[0]->get_number(), expected);
+        block.values()[0]->set_number(2);
+        block.value().member(intern("n")).set(five);
+        EXPECT_EQ(block.values()[0]->get_number(), expected);
+        block.values()[0]->set_number(2);
+        block.set_write_protected(false);
+    }
+    block.set_write_protected(true);
     StatsBlock copy = block;
     EXPECT_TRUE(copy.write_protected());
     EXPECT_EQ(copy.add_value(make_stats_value(Kind::list, intern("late"))), -1);
@@ -185,10 +203,12 @@ TEST_F(StatsTest, WriteProtectionStopsScripts) {
 TEST_F(StatsTest, AssignStopsAtTheFirstDifference) {
     read("<block name='a'><var name='x' type='number' default='1'/><var name='y' type='number' default='2'/></block>"
          "<block name='b'><var name='x' type='number' default='8'/><var name='z' type='number' default='9'/></block>"
-         "<block name='c'><var name='x' type='number' default='5'/></block>");
+         "<block name='c'><var name='x' type='number' default='5'/></block>"
+         "<block name='d'><var name='x' type='string' default='1'/><var name='y' type='number' default='2'/></block>");
     StatsBlock a = manager.prototype("a");
     a.assign(manager.prototype("c")); // another number of values
     EXPECT_EQ(a.get_value(0).to_number(), 1);
+    EXPECT_FALSE(a.compare(manager.prototype("d"))); // the same texts of another kind
     a.assign(manager.prototype("b"));
     EXPECT_EQ(a.get_value(0).to_number(), 8);
     EXPECT_EQ(a.get_value(1).to_number(), 2);
@@ -211,8 +231,43 @@ TEST_F(StatsTest, ChainsOfAnyLengthGoAtAFixedDepth) {
 }
 
 TEST_F(StatsTest, NamesAreAllThatAStreamHolds) {
-    EXPECT_EQ(manager.prototype("none").type_id(), 0x185328D0u);
-    EXPECT_TRUE(manager.prototype("none").is_a(PersistentObject::class_type_id));
+    using test_support::StreamBytes;
+    read("<block name='b'><var name='x' type='number' default='1'/></block>");
+    const test_support::Creators creators;
+    ObjectDatabase database;
+    database.objects.push_back(std::make_unique<StatsBlock>(manager.prototype("b")));
+    const std::string bytes = StreamBytes().u32(1).object(0x185328D0, 1, StreamBytes().text("b")).bytes;
+    EXPECT_EQ(test_support::saved(database), bytes);
+    ObjectDatabase again;
+    test_support::load(again, bytes);
+    const auto& block = dynamic_cast<StatsBlock&>(*again.objects.at(0));
+    EXPECT_EQ(block.type_name(), "<Statsblock:b>");
+    EXPECT_TRUE(block.values().empty());
+    for (const std::uint32_t base : {0x185328D0u, 0x2EB43C77u, 0x63BE3013u})
+        EXPECT_TRUE(block.is_a(base));
+}
+
+TEST_F(StatsTest, OtherTypesGoByWayOfAScriptValue) {
+    const auto value = [](Kind kind) { return make_stats_value(kind, intern("v")); };
+    const auto number = value(Kind::number), text = value(Kind::string), flag = value(Kind::boolean);
+    number->set_string("7.5");
+    EXPECT_EQ(*static_cast<const float*>(number->raw_data()), 7.5f);
+    EXPECT_EQ(number->get_string(), "7.5");
+    number->set_bool(true);
+    EXPECT_EQ(number->get_number(), 1);
+    text->set_number(2.5f);
+    EXPECT_EQ(*static_cast<const std::string*>(text->raw_data()), "2.5");
+    text->set_bool(false);
+    EXPECT_FALSE(text->get_bool()); // the word, no empty text
+    flag->set_number(0.00004f);
+    EXPECT_FALSE(*static_cast<const bool*>(flag->raw_data()));
+    flag->set_string("no");
+    EXPECT_EQ(flag->get_number(), 1);
+    const auto list = value(Kind::list), object = value(Kind::object);
+    EXPECT_EQ(list->raw_data(), nullptr);
+    EXPECT_THROW(list->set_number(1), script::DSError);
+    object->set_number(3);
+    EXPECT_EQ(object->get_string(), "3");
 }
 
 TEST(StatsScanTest, FilesBeforeDirectoriesAndTheFirstStands) {

@@ -71,6 +71,12 @@ TEST_F(TimerTest, TimesAreSetOnWhatIsSynchronised) {
     timers.main().set_time(9);
     EXPECT_EQ(follower.time(), 7);
     EXPECT_EQ(below.time(), 7);
+    EXPECT_EQ(timers.game().time(), 9); // two levels below
+    timers.main().reset();
+    EXPECT_EQ(timers.main().time(), 0);
+    EXPECT_EQ(timers.game().time(), 0);
+    EXPECT_EQ(follower.time(), 7);
+    timers.main().set_time(9);
     follower.reset(); // its own time goes to 0, whoever it follows
     EXPECT_EQ(follower.time(), 0);
     EXPECT_EQ(below.time(), 0);
@@ -130,6 +136,20 @@ TEST_F(TimerTest, TheGameDoesNotCrawl) {
     EXPECT_EQ(timers.game().multiplier(), 0.03f);
     frame(10);
     EXPECT_GT(timers.game().multiplier(), 0.03f);
+    // A target on the slowest speed is reached in its time; one below it ends the ramp as soon as that speed is passed.
+    timers.game().set_multiplier(1);
+    timers.ramp_multiplier(timers.game(), 0.03f, 1, timers.wall());
+    frame(990);
+    EXPECT_NEAR(timers.game().multiplier(), 0.0397f, 1e-4f);
+    frame(10);
+    EXPECT_EQ(timers.game().multiplier(), 0.03f);
+    timers.ramp_multiplier(timers.game(), 0.02f, 1, timers.wall());
+    frame(10);
+    EXPECT_EQ(timers.game().multiplier(), 0.02f);
+    timers.game().set_multiplier(1);
+    frame(10);
+    EXPECT_EQ(timers.ramp_count(), 0u);
+    EXPECT_EQ(timers.game().multiplier(), 1);
     // Any other timer does crawl.
     timers.ramp_multiplier(timers.pausable(), 0, 1, timers.wall());
     frame(990);
