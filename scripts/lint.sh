@@ -7,5 +7,5 @@ base=${1:-HEAD~1}
 
 git rev-parse --quiet --verify "$base^{commit}" >/dev/null || { echo "no $base here: nothing to lint"; exit 0; }
 git diff --name-only --diff-filter=d "$base" -- 'driver/*.cpp' 'packing/*.cpp' 'texture/*.cpp' 'compression/*.cpp' \
-  'script/*.cpp' 'source/*.cpp' 'tools/*.cpp' | head -n 40 |
+  'script/*.cpp' 'objects/*.cpp' 'source/*.cpp' 'tools/*.cpp' | head -n 40 |
   xargs --no-run-if-empty -P "$(nproc)" -n 1 clang-tidy -p build/release --quiet

@@ -17,13 +17,14 @@ PAGE = REPOSITORY / "docs" / "troubleshooting.md"
 
 # What says or throws something when all is not well. In packing/, reasons are put together in many ways: there every
 # text counts that is no progress.
-FAULT = re.compile(r"\bthrow\b|CommandFailure|\b(fail|error|throw_disk_error)\(|\btoo_many_locals\b"
-                   r"|Report\.(warnings|errors)|\b(console|cerr) ")
+FAULT = re.compile(r"\bthrow\b|CommandFailure|\b(fail|fault|refuse|error|throw_disk_error)\(|\btoo_many_locals\b"
+                   r"|\bfaults_\.|Report\.(warnings|errors)|\b(console|cerr) ")
 PROGRESS = re.compile(r"Report\.(verbose|debug|statistics)|\bsay\(|static_assert")
 FOLDERS = {"packing": None, **dict.fromkeys(("driver", "texture", "tools/kst", "source/utility/xml", "source/utility/image",
-                                             "source/utility/filesystem", "script/language"), FAULT)}
-# What only the loader of compiled programs says, and findings, which tell their cure themselves.
-LEFT_OUT = ("script/language/CompiledFile", "script/language/Verifier.cpp", "driver/check/")
+                                             "source/utility/filesystem", "script/language", "script/value", "script/vm",
+                                             "script/binding", "script/runtime", "objects"), FAULT)}
+# Findings, which tell their cure themselves.
+LEFT_OUT = "driver/check/"
 # A word that the parser's skeleton says and that becomes another one; and who made the program.
 NO_MESSAGES = re.compile("memory exhausted|mosaicer - packs textures")
 
@@ -40,16 +41,13 @@ def sources(folders):
 
 
 def quoted_messages(page):
-    """Those of a table below `<!-- needs: FILE -->` count once there is such a file."""
-    in_table = waits = False
+    in_table = False
     for line in page.splitlines():
-        if line.startswith("<!-- needs: "):
-            waits = not (REPOSITORY / line.split()[2]).exists()
-        elif line.startswith("| message"):
+        if line.startswith("| message"):
             in_table = True
         elif not line.startswith("|"):
-            in_table, waits = False, waits and not in_table
-        elif in_table and not waits:
+            in_table = False
+        elif in_table:
             yield from re.findall(r"`([^`]+)`", line.split(" | ")[0])
 
 

@@ -6,7 +6,6 @@ The page's blocks:
   three dots stands for any lines, three dots at the end of a line for the rest of it. `cd` lasts.
 - any block below `<!-- file: PATH -->` is written to that file first.
 - a block below `<!-- not run -->` is for people only.
-- a block below `<!-- needs: COMMAND -->` is left out, and told of, while the programs have no such command.
 
 In the home directory, `mosaicer` is this repository, and both programs are on the path.
 """
@@ -78,14 +77,8 @@ class Run:
             (self.shell.directory / note[len("file: "):]).write_text(text, encoding="utf-8")
         if match.group("kind") != "console":
             return match.group(0)
-        if note.startswith("needs: ") and not self.has(note[len("needs: "):]):
-            print(f"left out: {note}")
-            return match.group(0)
         seen = "".join(self.command(command, wanted) for command, wanted in commands_of(text))
         return match.group(0).replace(text, seen)
-
-    def has(self, command):
-        return f"Usage: {command}" in self.shell.run(command + " --help")[0]
 
     def command(self, command, wanted):
         self.commands += 1
