@@ -196,6 +196,9 @@ TEST_F(Kst, lists_stats_blocks_and_gives_them_to_scripts) {
     expect({"stats", "list", "s"}, 0,
            "Orc (s/deep/sb_orc.xml)\n  health number 100\n  title string \"Grom \\\\ Hell\"\n  loot list\n", fault);
     expect({"script", "run", "p", "--stats", "s"}, 0, "<Statsblock:Orc> 10 1 true\n", fault);
+    expect({"stats", "list", "s//"}, 0, run({"stats", "list", "s"}).out, fault);
+    folder.write("odd/sb_odd.xml", "<stats><block name='a\x1b[31m b'><var name='' type='map'/></block></stats>");
+    expect({"stats", "list", "odd"}, 0, "\"a\\x1B[31m b\" (odd/sb_odd.xml)\n  \"\" map\n", "");
     expect({"stats", "list", "none"}, 1, "", "kst: no directory none\n");
     EXPECT_EQ(run({"script", "run", "p"}).exit_code, 1); // nothing to import as stats
 }

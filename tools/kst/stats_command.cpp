@@ -6,6 +6,7 @@
 #include "source/utility/filesystem/VirtualFileSystem.h"
 #include "tools/kst/load_stats.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -13,9 +14,21 @@
 namespace kst::tool {
 namespace {
 
+/// A name as it is, or, with anything in it that is no plain character, in quotes.
+void print_name(const std::string& name) {
+    const bool plain =
+        !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; });
+    if (plain)
+        std::cout << name;
+    else
+        print_quoted(std::cout, name);
+}
+
 void print(const StatsBlock::Value& value) {
     using Kind = StatsBlock::Value::Kind;
-    std::cout << "  " << idstring_text(value.name()) << ' ' << keyword_of(value.kind());
+    std::cout << "  ";
+    print_name(idstring_text(value.name()));
+    std::cout << ' ' << keyword_of(value.kind());
     switch (value.kind()) {
     case Kind::number:
     case Kind::boolean:
@@ -33,7 +46,8 @@ void print(const StatsBlock::Value& value) {
 void list(const std::string& directory) {
     const auto manager = load_stats(directory);
     for (const StatsBlockManager::Prototype* const prototype : manager->prototypes()) {
-        std::cout << idstring_text(prototype->block.name()) << " (" << prototype->file << ")\n";
+        print_name(idstring_text(prototype->block.name()));
+        std::cout << " (" << prototype->file << ")\n";
         for (const auto& value : prototype->block.values())
             print(*value);
     }
@@ -44,7 +58,9 @@ void list(const std::string& directory) {
 std::unique_ptr<StatsBlockManager> load_stats(const std::string& directory) {
     if (!kst::is_dir(directory))
         throw CommandFailure("no directory " + directory);
-    auto manager = std::make_unique<StatsBlockManager>(directory);
+    // Files are named by the directory and a separator.
+    const std::size_t end = directory.find_last_not_of('/');
+    auto manager = std::make_unique<StatsBlockManager>(directory.substr(0, end == std::string::npos ? 1 : end + 1));
     for (const std::string& fault : manager->faults())
         std::cerr << "kst: " << fault << '\n';
     return manager;
