@@ -93,7 +93,7 @@ ScriptValue LibraryHelper::CppClass::call(Data data, Arguments arguments) {
         throw DSError("Can't call this thing" + type_name(data));
     const NestingGuard guard;
     const ScriptValue self(*this, data);
-    return object->call(arguments);
+    return with_script_errors([&] { return object->call(arguments); });
 }
 
 ScriptValue LibraryHelper::CppClass::get_tag(Data data) {

@@ -40,29 +40,24 @@ ScriptValue MethodFactory::call(Data data, Arguments arguments) {
     const NestingGuard guard;
     // Held: the function may see the last other reference go.
     const ScriptValue held(*this, data);
-    try {
+    return with_script_errors([&] {
         if (missing == 0)
             return invoke(self, arguments);
         std::vector<ScriptValue> completed(arguments.begin(), arguments.end());
         completed.insert(completed.end(), defaults_.end() - static_cast<std::ptrdiff_t>(missing), defaults_.end());
         return invoke(self, completed);
-    } catch (const DSBaseError&) {
-        throw;
-    } catch (const std::runtime_error& error) {
-        // A failure of the engine, for the script an error at this place.
-        throw DSError(error.what());
-    }
+    });
 }
 
 ScriptValue PropertyFactory::current(Data data) const {
     const NestingGuard guard;
     const ScriptValue held(const_cast<PropertyFactory&>(*this), data);
-    return read(object(data));
+    return with_script_errors([&] { return read(object(data)); });
 }
 
 void PropertyFactory::set(Data data, const ScriptValue& value) {
     const ScriptValue held(*this, data);
-    write(object(data), value);
+    with_script_errors([&] { write(object(data), value); });
 }
 
 void PropertyFactory::write(LibraryHelper&, const ScriptValue&) const {

@@ -142,10 +142,14 @@ protected:
 };
 
 /// The factory of a property of class T: a function that gives it, and one that takes it, or null if it is only read.
-template <typename T, auto getter, auto setter>
+/// Where `is_method`, a call without arguments gives it too.
+template <typename T, auto getter, auto setter, bool is_method = false>
 class TMPropertyFactory final : public PropertyFactory {
 public:
     std::string description() const override { return Signature<getter>::description(); }
+    ScriptValue call(Data data, Arguments arguments) override {
+        return is_method && arguments.empty() ? clone(data) : PropertyFactory::call(data, arguments);
+    }
 
 protected:
     ScriptValue read(LibraryHelper& object) const override {
@@ -179,6 +183,12 @@ public:
     template <auto getter, auto setter = nullptr>
     void property(std::string_view name) {
         add(name, MemberFactoryPointer(new TMPropertyFactory<T, getter, setter>));
+    }
+
+    /// A method without parameters that may be read as a property: `item.key()` and `item.key` are one.
+    template <auto getter>
+    void readable_method(std::string_view name) {
+        add(name, MemberFactoryPointer(new TMPropertyFactory<T, getter, nullptr, /*is_method=*/true>));
     }
 
 private:

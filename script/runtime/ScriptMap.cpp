@@ -97,8 +97,8 @@ ScriptValue ScriptMap::iterator() {
 }
 
 void ScriptMapItem::bind(StaticMemberSet<ScriptMapItem>& members) {
-    members.property<&ScriptMapItem::key>("key");
-    members.property<&ScriptMapItem::item_value>("value");
+    members.readable_method<&ScriptMapItem::key>("key");
+    members.readable_method<&ScriptMapItem::item_value>("value");
 }
 
 void ScriptMapIterator::bind(StaticMemberSet<ScriptMapIterator>& members) {

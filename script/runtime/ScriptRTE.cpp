@@ -70,9 +70,17 @@ std::size_t ScriptRTE::load(const std::string& name) {
         throw Error("Script: " + name + " not found!");
     const bool current = has_compiled && !always_compiles(options_.mode) &&
                          (!has_source || last_modified(compiled_path) >= last_modified(source_path));
-    std::unique_ptr<CodeRecord> record = current ? load_compiled(compiled_path) : nullptr;
-    if (record == nullptr && has_source)
-        record = compile(source_path, compiled_path);
+    std::unique_ptr<CodeRecord> record;
+    try {
+        if (current)
+            record = load_compiled(compiled_path);
+        if (record == nullptr && has_source)
+            record = compile(source_path, compiled_path);
+    } catch (const Error&) {
+        throw;
+    } catch (const std::runtime_error& error) { // a file that is damaged or cannot be read
+        throw Error(error.what());
+    }
     if (record == nullptr)
         throw Error("Script: " + name + " not found!");
     if (record->source_path.empty())
@@ -87,20 +95,16 @@ std::unique_ptr<ScriptRTE::CodeRecord> ScriptRTE::load_compiled(const std::strin
     Archive archive = open(path, "r");
     if (!archive)
         return nullptr;
-    try {
-        archive.set_name(path);
-        std::optional<CompiledFile> file = read_compiled_file(archive, options_.skip_debug_blocks);
-        if (!file)
-            return nullptr;
-        verify_code(file->code, path);
-        auto record = std::make_unique<CodeRecord>();
-        record->source_path = std::move(file->source_path);
-        record->code = std::move(file->code);
-        enter_lines(file->lines, *record);
-        return record;
-    } catch (const CompiledFileError& error) {
-        throw Error(error.what());
-    }
+    archive.set_name(path);
+    std::optional<CompiledFile> file = read_compiled_file(archive, options_.skip_debug_blocks);
+    if (!file)
+        return nullptr;
+    verify_code(file->code, path);
+    auto record = std::make_unique<CodeRecord>();
+    record->source_path = std::move(file->source_path);
+    record->code = std::move(file->code);
+    enter_lines(file->lines, *record);
+    return record;
 }
 
 std::unique_ptr<ScriptRTE::CodeRecord> ScriptRTE::compile(const std::string& source_path,

@@ -68,8 +68,8 @@ public:
     ~ScriptRTE();
 
     /// Brings a script's code into the cache and gives the index of its record; a script that is there already is not
-    /// looked at again. Throws Error: "Script: NAME not found!", all messages of the compiler, or what is wrong with a
-    /// compiled file, whose code is verified before it is ever run.
+    /// looked at again. Throws Error: "Script: NAME not found!", all messages of the compiler, that a file cannot be
+    /// read, or what is wrong with a compiled one, whose code is verified before it is ever run.
     std::size_t load(const std::string& name);
     CodeRecord& record(std::size_t index) { return *records_[index]; }
 

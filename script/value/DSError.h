@@ -22,4 +22,17 @@ public:
     using DSError::DSError;
 };
 
+/// Runs native code on behalf of a script. A std::runtime_error that leaves it, a failure of the engine, is for the
+/// script a DSError of the same text, at the place of the script.
+template <typename Action>
+auto with_script_errors(const Action& action) {
+    try {
+        return action();
+    } catch (const DSBaseError&) {
+        throw;
+    } catch (const std::runtime_error& error) {
+        throw DSError(error.what());
+    }
+}
+
 } // namespace kst::script

@@ -42,6 +42,7 @@ public:
         members.method<&Probe::make>("make");
         members.property<&Probe::step, &Probe::set_step>("step");
         members.property<&Probe::step>("fixed_step");
+        members.property<&Probe::failing_step, &Probe::set_failing_step>("failing_step");
     }
 
     Probe() { ++living_probes; }
@@ -73,6 +74,8 @@ public:
     ScriptValue make() const { return make_script_owned<Probe>(*this); }
     float step() const { return step_; }
     void set_step(float step) { step_ = step; }
+    float failing_step() const { throw std::runtime_error("No step"); }
+    void set_failing_step(float) { throw std::runtime_error("Not this step"); }
 
 private:
     float step_ = 1;
@@ -88,7 +91,11 @@ public:
         members.method<[](SpecialProbe&, float x) { return x * 100; }>("twice");
     }
     std::string type_name() const override { return "<SpecialProbe:7>"; }
-    ScriptValue call(Arguments arguments) override { return number_value(static_cast<float>(arguments.size())); }
+    ScriptValue call(Arguments arguments) override {
+        if (arguments.empty())
+            throw std::runtime_error("Nothing to count");
+        return number_value(static_cast<float>(arguments.size()));
+    }
 };
 
 /// Objects whose members only data knows: variables by name, one table for all objects of one kind.
@@ -218,6 +225,9 @@ TEST_F(Binding, converts_arguments_and_results_by_signature) {
         {"return q.other_reference(void);", "To few arguments to: <member(Probe,number):number>"},
         {"return q.other_reference(void, 1);", "Value is not of type <Probe> it is of type <void>"},
         {"p.fail();", "No such place"},
+        {"return p.failing_step + 1;", "No step"},
+        {"p.failing_step := 1;", "Not this step"},
+        {"q();", "Nothing to count"},
         {"p.twice := 1;", "cant set this to a value (type:<member(number):number>)"},
         {"p.call_each(p.call_each);", "Script error: calls are nested too deeply"},
     };

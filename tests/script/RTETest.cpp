@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <filesystem>
@@ -136,6 +137,16 @@ TEST_F(RTE, a_damaged_compiled_file_is_refused_by_name) {
     }
 }
 
+TEST_F(RTE, a_file_that_cannot_be_opened_is_named) {
+    // Sockets have names, and nobody opens them.
+    for (const char* const name : {"source.kvs", "compiled.kvx"})
+        ASSERT_EQ(::mknod((folder / name).c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_THAT(text_of_main("source"), testing::EndsWith("Cannot open " + (folder / "source.kvs")));
+    EXPECT_THAT(text_of_main("compiled"), testing::EndsWith("Cannot open " + (folder / "compiled.kvx")));
+    folder.write("p.kvs", "import source; main() {}");
+    EXPECT_THAT(text_of_main("p"), testing::EndsWith("Cannot open " + (folder / "source.kvs")));
+}
+
 TEST_F(RTE, code_is_loaded_once_and_counts_its_programs) {
     folder.write("d/p.kvs", says_source);
     ScriptRTE rte = environment();
@@ -196,7 +207,8 @@ TEST_F(RTE, errors_carry_their_text_and_their_trace) {
         EXPECT_EQ(error.place(), ""); // the newest call says it
         EXPECT_EQ(rte.stack_text(), "\td/p.kvs(4)\n");
     }
-    EXPECT_EQ(environment().stack_text(), "\t??" "?(0)\n");
+    EXPECT_EQ(environment().stack_text(), "\t??"
+                                          "?(0)\n");
     EXPECT_TRUE(rte.call(*program, intern("no_such_function"), {}).is_void());
 }
 
