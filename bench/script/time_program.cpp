@@ -14,16 +14,9 @@
 #include "script/language/Parser.h"
 #include "script/language/StreamScanner.h"
 #include "script/language/Verifier.h"
-#include "script/vm/ScriptVM.h"
-
-// Where there are containers, programs can import them.
-#if __has_include("script/runtime/HostLibrary.h")
 #include "script/runtime/ContainersLibrary.h"
 #include "script/runtime/HostLibrary.h"
-#define HAS_CONTAINERS 1
-#else
-#define HAS_CONTAINERS 0
-#endif
+#include "script/vm/ScriptVM.h"
 
 namespace {
 
@@ -40,13 +33,9 @@ std::vector<std::uint8_t> compile(const std::string& path) {
 
 void time_program(const std::string& path, int runs) {
     std::vector<std::uint8_t> code = compile(path);
-    kst::script::ScriptInterface* imports = nullptr;
-#if HAS_CONTAINERS
     kst::script::HostLibrary host;
     host.add<kst::script::ContainersLibrary>("containers");
-    imports = &host;
-#endif
-    kst::script::ScriptVM program(code, imports);
+    kst::script::ScriptVM program(code, &host);
     program.load();
     double best = std::numeric_limits<double>::infinity();
     float result = 0;

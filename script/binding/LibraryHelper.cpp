@@ -120,6 +120,12 @@ bool LibraryHelper::CppClass::has_member(Data data, idstring id) {
     return object != nullptr && object->members().find(id) != nullptr;
 }
 
+bool LibraryHelper::CppClass::take_member(ScriptValue& object, idstring id) {
+    LibraryHelper* const helper = live_object(object.data());
+    MemberFactory* const factory = helper == nullptr ? nullptr : helper->members().find(id);
+    return factory != nullptr && factory->take(object);
+}
+
 bool LibraryHelper::CppClass::less(Data data, const ScriptValue& other) {
     if (&other.value_class() != this)
         return ScriptClass::less(data, other);

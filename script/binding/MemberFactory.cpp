@@ -39,7 +39,7 @@ ScriptValue MethodFactory::call(Data data, Arguments arguments) {
         throw DSError("To few arguments to: " + description());
     const NestingGuard guard;
     // Held: the function may see the last other reference go.
-    const ScriptValue held(*this, data);
+    const Held held(*this, data);
     return with_script_errors([&] {
         if (missing == 0)
             return invoke(self, arguments);

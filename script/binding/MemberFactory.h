@@ -17,6 +17,8 @@ public:
     MemberFactory(const MemberFactory&) = delete;
     MemberFactory& operator=(const MemberFactory&) = delete;
     virtual ScriptValue make(LibraryHelper& object) = 0;
+    /// Turns a value of an object into the value of its member, where the two count at the same place; else says false.
+    virtual bool take(ScriptValue&) { return false; }
     virtual ~MemberFactory() = default;
     virtual std::string description() const { return "<member>"; }
     /// The owner needs it no more; destroys the factory as soon as no value does either.
@@ -33,6 +35,11 @@ using MemberFactoryPointer = std::unique_ptr<MemberFactory, RetireFactory>;
 class TMFactoryBase : public MemberFactory, public ScriptClass {
 public:
     ScriptValue make(LibraryHelper& object) override { return {*this, object.enter()}; }
+    bool take(ScriptValue& object) override {
+        ++values_;
+        object.overwrite(*this, object.data()); // the object's own count is the member value's from now on
+        return true;
+    }
     void retire() override;
 
     void add_ref(Data data) override;
@@ -43,6 +50,21 @@ protected:
     TMFactoryBase() : ScriptClass(Counting::pooled) {}
     /// Throws DSError "Object already destroyed".
     static LibraryHelper& object(Data data);
+
+    /// A value of the member for as long as a call lasts.
+    class Held {
+    public:
+        Held(TMFactoryBase& factory, Data data) : factory_(factory), data_(data) {
+            factory_.TMFactoryBase::add_ref(data_);
+        }
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        ~Held() { factory_.TMFactoryBase::release(data_); }
+
+    private:
+        TMFactoryBase& factory_;
+        Data data_;
+    };
 
 private:
     std::uint64_t values_ = 0;

@@ -68,6 +68,10 @@ ScriptValue ScriptClass::member(Data data, idstring id, bool must_exist) {
     return {};
 }
 
+bool ScriptClass::take_member(ScriptValue&, idstring) {
+    return false;
+}
+
 bool ScriptClass::has_member(Data, idstring) {
     return false;
 }

@@ -73,6 +73,9 @@ public:
     /// void. The names that hold for every value are answered before, by ScriptValue::member.
     virtual ScriptValue member(Data data, idstring id, bool must_exist);
     virtual bool has_member(Data data, idstring id);
+    /// Member access for a call that follows at once: turns `object`, a value of this class, into its member and says
+    /// true, where that takes less than making the member and letting go of the object. By default it does not.
+    virtual bool take_member(ScriptValue& object, idstring id);
     virtual ScriptValue add(Data data, const ScriptValue& right);
     virtual ScriptValue subtract(Data data, const ScriptValue& right);
     virtual ScriptValue multiply(Data data, const ScriptValue& right);

@@ -244,7 +244,7 @@ void Interpreter::prepare_method() {
     ScriptValue& object = values_.top();
     if (find_own_member(object) && ip_->site->start != nullptr)
         object.overwrite(ScriptVM::ClassCalledInstance::instance(), object.data()); // owns what it owned
-    else
+    else if (object.kind() != ClassKind::other || !object.take_member(site_id()))
         read_member();
 }
 

@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <regex>
+#include <sstream>
 #include <string>
 
 namespace mosaicer {
@@ -55,9 +55,10 @@ protected:
         const Result built = shell("ninja");
         EXPECT_EQ(built.exit_code, 0) << built.text;
         std::vector<std::string> steps;
-        const std::regex step("\\[\\d+/\\d+\\] ([^\\n]*)");
-        for (std::sregex_iterator at(built.text.begin(), built.text.end(), step), end; at != end; ++at)
-            steps.push_back((*at)[1]);
+        std::istringstream lines(built.text); // "[3/8] set ui"
+        for (std::string line; std::getline(lines, line);)
+            if (const std::size_t end = line.find("] "); line.starts_with('[') && end != std::string::npos)
+                steps.push_back(line.substr(end + 2));
         std::ranges::sort(steps);
         return steps;
     }
