@@ -56,7 +56,7 @@ struct Finding {
     bool operator==(const Finding&) const = default;
 };
 
-/// "FILE:LINE: KIND: MESSAGE", and the suggestion as a question.
+/// "FILE:LINE: KIND: MESSAGE", and the suggestion as a question: always one line, with control characters as \xNN.
 std::string finding_text(const Finding& finding);
 
 } // namespace mosaicer

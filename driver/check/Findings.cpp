@@ -4,16 +4,35 @@
 #include "source/utility/xml/XMLNode.h"
 
 #include <algorithm>
+#include <string_view>
 #include <tuple>
 
 namespace mosaicer {
+namespace {
+
+/// Names of files and what a definition says may hold line breaks, and orders to a terminal.
+std::string without_control_characters(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string plain;
+    plain.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F)
+            plain += c;
+        else
+            plain.append("\\x").append(1, digits[byte >> 4U]).append(1, digits[byte & 0xFU]);
+    }
+    return plain;
+}
+
+} // namespace
 
 std::string finding_text(const Finding& finding) {
     std::string text = finding.file + ":" + std::to_string(finding.line) + ": " + std::string(word_of(finding.kind)) +
                        ": " + finding.message;
     if (!finding.suggestion.empty())
         text += "; did you mean \"" + finding.suggestion + "\"?";
-    return text;
+    return without_control_characters(text);
 }
 
 void Findings::at(const kst::XMLNode& node, const std::string& set, FindingKind kind, std::string message,

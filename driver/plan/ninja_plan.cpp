@@ -152,10 +152,14 @@ private:
         text_ += "build " + ninja_path(file + ".dd") + ": outputs" + spaced(inputs, ninja_path) +
                  program_input(options_.kst) + definitions() + "\n";
         add_variable("  stamp", ninja_value(shell_word(file + ".log")));
-        add_variable("  only", spaced_words("--only=", group.patterns));
+        if (!selects_all(group)) // as an option without its value would take the next word for it
+            add_variable("  only", spaced_words("--only=", group.patterns));
         add_variable("  name", ninja_value(survey_.sets[group.sets.front()].name));
         add_variable("  id", id);
     }
+
+    /// The empty pattern does, and so is never beside another one.
+    static bool selects_all(const EdgeGroup& group) { return group.patterns.front().empty(); }
 
     static std::string spaced_words(const std::string& prefix, const std::vector<std::string>& texts) {
         std::vector<std::string> words;

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# What the completions offer against what the programs tell of themselves.
+# What the completions offer, and the manual has entries for, against what the programs tell of themselves.
 #   completions_test.sh COMPLETIONS KST MOSAICER
 set -euo pipefail
 completions=$1 kst=$2 mosaicer=$3
+manual=$completions/../docs/man/kst.1
 
 fail() {
     echo "completions_test: $*" >&2
@@ -39,6 +40,7 @@ for group in $(names Subcommands "$kst"); do
         offered "$kst" "$group" "" | grep -x "$command" >/dev/null || fail "kst $group does not offer $command"
         expect "kst $group $command -" "$(names Options "$kst" "$group" "$command")" \
             "$(offered "$kst" "$group" "$command" -)"
+        grep -B 1 "^\.BI \"$group $command " "$manual" | grep -qx '\.TP' || fail "kst $group $command has no entry in $manual"
     done
 done
 [ "$(offered "$kst" xml dump "")" = "" ] || fail "files are left to the shell"

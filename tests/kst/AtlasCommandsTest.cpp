@@ -24,6 +24,12 @@ TEST_F(KstAtlas, prints_a_line_a_finding) {
            "sets.xml:1: attribute: unknown attribute \"widht\" on <atlas>; did you mean \"width\"?\n"
            "tex/rock.tga:0: unused: the texture is used by no set\n",
            "kst: 3 findings\n");
+    folder.write("odd/b\n\x1B[2J.tga", tga_bytes(4, 4));
+    folder.write("odd.xml", "<texture_set name='a'><t name='c\x7F'/></texture_set>");
+    expect({"atlas", "check", "odd", "odd.xml"}, 1,
+           "odd.xml:1: texture: there is no texture \"c\\x7F\": the run ends here\n"
+           "odd/b\\x0A\\x1B[2J.tga:0: unused: the texture is used by no set\n",
+           "kst: 2 findings\n");
     EXPECT_EQ(run({"atlas", "check", "tex"}).exit_code, 2);
     EXPECT_EQ(run({"atlas"}).exit_code, 2);
 }

@@ -199,6 +199,15 @@ TEST_F(AtlasPlan, builds_sets_that_hang_together_in_one_edge) {
     EXPECT_THAT(rebuilt(), ElementsAre("plan build.ninja", "set k1"));
 }
 
+TEST_F(AtlasPlan, builds_split_sets_that_have_no_part_of_a_name_in_common) {
+    folder.write("tex/a.tga", tga_bytes(4, 4, 0xFF00FF00u));
+    folder.write("sets.xml", "<g><atlas name='u'><t name='a' used_by='1'/></atlas>"
+                             "<atlas name='w' autosplit='true'><t name='a' used_by='2'/></atlas></g>");
+    plan_and_build("tex sets.xml out");
+    expect_bytes_of_a_plain_run("tex sets.xml");
+    EXPECT_THAT(folder.read("out/w/atlas0/tdb_atlas_set.xml"), HasSubstr("groups=\"1 2 \""));
+}
+
 TEST_F(AtlasPlan, counts_a_run_as_done_only_when_it_ended_well) {
     folder.write("tex/a.tga", tga_bytes(8, 8, 0xFF00FF00u));
     folder.write("sets.xml", "<atlas name='u' width='4' height='4'><t name='a'/></atlas>");

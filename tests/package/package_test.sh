@@ -33,6 +33,7 @@ expect_files() {
 expect_files "$programs" bin/mosaicer bin/kst share/man/man1/mosaicer.1.gz share/man/man1/kst.1.gz \
     share/bash-completion/completions/kst share/bash-completion/completions/mosaicer \
     share/zsh/vendor-completions/_kst share/zsh/vendor-completions/_mosaicer \
+    share/mosaicer/mosaicer.rng share/doc/mosaicer/docs/schema/mosaicer-definition.rng \
     share/doc/mosaicer/docs/integration.md share/doc/mosaicer/copyright share/doc/mosaicer/examples/atlas_set.xml
 expect_files "$development" include/mosaicer/packing/AtlasSurface.h lib/cmake/mosaicer/mosaicerConfig.cmake \
     lib/cmake/mosaicer/MosaicerAtlases.cmake lib/libmosaicer_packing.a share/doc/mosaicer-dev/copyright

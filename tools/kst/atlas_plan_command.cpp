@@ -86,7 +86,9 @@ void plan(const PlanArguments& arguments) {
 
 void outputs(const PlanArguments& arguments) {
     apply_switches(arguments.switches);
-    const std::vector<std::string> files = mosaicer::split_set_outputs(run_roots(arguments.roots), arguments.patterns);
+    const std::vector<std::string> every_set{""};
+    const std::vector<std::string> files = mosaicer::split_set_outputs(
+        run_roots(arguments.roots), arguments.patterns.empty() ? every_set : arguments.patterns);
     write_if_changed(arguments.output, mosaicer::ninja_dyndep(arguments.stamp, files));
 }
 
@@ -118,7 +120,7 @@ void add_atlas_plan(CLI::App& atlas) {
     outputs_command
         ->add_option_function<std::string>(
             "--only", [arguments](const std::string& pattern) { arguments->patterns.push_back(pattern); },
-            "The pattern of a run of that edge")
+            "The pattern of a run of that edge; without one, the run makes all sets")
         ->trigger_on_parse();
     outputs_command->callback([arguments] { outputs(*arguments); });
 }

@@ -126,6 +126,10 @@ TEST(CollectRun, turns_what_cannot_be_read_into_faults_and_goes_on) {
         {"tdb_atlas_set.xml", "<atlas_set><atlas_mapping texture=\"rock&co\" /></atlas_set>",
          "a/tdb_atlas_set.xml: the file ends too early", 0},
         {"tdb_atlas_set.xml",
+         "<atlas_set><atlas_mapping texture=\"a&b\" />\n<atlas_mapping texture=\"c;d\" u_off=\"0\" v_off=\"1\" "
+         "u_scale=\"1\" v_scale=\"1\" /></atlas_set>",
+         "a/tdb_atlas_set.xml: textures are missing; a name holds &", 1},
+        {"tdb_atlas_set.xml",
          "<atlas_set><atlas_mapping texture=\"kept\" u_off=\"0\" v_off=\"1\" u_scale=\"1\" "
          "v_scale=\"1\" /><atlas_mapping texture=\"a\"b\" /></atlas_set>",
          "a/tdb_atlas_set.xml (1): ", 1},

@@ -44,6 +44,20 @@ std::string with_file_name(std::string message, const std::string& file) {
     return at == std::string::npos ? file + ": " + message : message.replace(at, nameless.size(), file);
 }
 
+bool holds_a_quote(const XMLNode& node) {
+    return std::ranges::any_of(node.parameters(), [](const XMLParameter& parameter) {
+        return parameter.value().find('"') != std::string_view::npos;
+    });
+}
+
+/// Whether what follows an & in a name was taken into the name: its closing quote and all behind it up to some ;.
+bool has_swallowed_lines(const XMLDocument& document) {
+    bool has = holds_a_quote(document);
+    for (const XMLNode& line : document.children())
+        has = has || holds_a_quote(line);
+    return has;
+}
+
 /// Fills the document as far as the file can be read. The tool writes databases without a declaration and in UTF-8,
 /// which the parser knows by a mark alone.
 void read_database(XMLDocument& document, const std::string& path, const std::string& file,
@@ -62,7 +76,9 @@ void read_database(XMLDocument& document, const std::string& path, const std::st
         text.insert(0, mark);
     try {
         // False is an entity that the dialect does not know: names are written unescaped, so it is part of one.
-        static_cast<void>(document.parse_string(text));
+        if (!document.parse_string(text) && has_swallowed_lines(document))
+            faults.push_back(file +
+                             ": textures are missing; a name holds &, and the lines behind it are read as part of it");
     } catch (const std::range_error&) {
         faults.push_back(file + ": the file ends too early; it is cut off, or a name in it holds a quote, < or &");
     } catch (const std::exception& failure) {
