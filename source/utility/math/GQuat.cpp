@@ -57,7 +57,7 @@ Vector3 rotate(const GQuat& q, const Vector3& v) {
 }
 
 GQuat blend(const GQuat& p, const GQuat& q, float blend) {
-    const double a = blend;
+    const auto a = static_cast<double>(blend);
     double c = exact_dot(p, q);
     const double sign = c < 0 ? -1 : 1;
     c *= sign;

@@ -13,7 +13,8 @@ GQuat rotation_ypr(const YawPitchRoll& angles) {
 
 YawPitchRoll to_yaw_pitch_roll(const GQuat& q) {
     const GQuat unit = normalised(q);
-    const double x = unit.x, y = unit.y, z = unit.z, w = unit.w;
+    const auto [x, y, z] = WideVector(Vector3{unit.x, unit.y, unit.z});
+    const auto w = static_cast<double>(unit.w);
     // Where the object's axes go. Forward is (cos yaw cos pitch, sin yaw cos pitch, sin pitch); left and up have the
     // heights sin roll cos pitch and cos roll cos pitch.
     const double forward_x = 1 - 2 * (y * y + z * z), forward_y = 2 * (x * y + w * z), forward_z = 2 * (x * z - w * y);

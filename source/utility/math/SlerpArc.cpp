@@ -33,7 +33,7 @@ SlerpArc::SlerpArc(const GQuat& p, const GQuat& q) : from_(p), to_(q) {
 }
 
 GQuat SlerpArc::at(float place) const {
-    const double a = place;
+    const auto a = static_cast<double>(place);
     if (straight_)
         return weighted_sum(1 - a, from_, sign_ * a, to_);
     // With θ the angle between them: sin(θ - aθ) / sin θ = cos aθ - cos θ sin aθ / sin θ, which spares a sine.

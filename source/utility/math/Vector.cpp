@@ -1,13 +1,12 @@
 #include "source/utility/math/Vector.h"
 
-#include <cmath>
+#include "source/utility/math/WideVector.h"
 
 namespace kst {
 
 float length(const Vector3& v) {
     // In double precision, where no component's square overflows or vanishes.
-    const double x = v.x, y = v.y, z = v.z;
-    return static_cast<float>(std::sqrt(x * x + y * y + z * z));
+    return static_cast<float>(length(WideVector(v)));
 }
 
 Vector3 normalised(const Vector3& v, float threshold) {

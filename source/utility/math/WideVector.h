@@ -12,7 +12,8 @@ namespace kst {
 struct WideVector {
     double x, y, z;
 
-    explicit WideVector(const Vector3& v) : x(v.x), y(v.y), z(v.z) {}
+    explicit WideVector(const Vector3& v)
+        : x(static_cast<double>(v.x)), y(static_cast<double>(v.y)), z(static_cast<double>(v.z)) {}
     WideVector(double x_, double y_, double z_) : x(x_), y(y_), z(z_) {}
     Vector3 narrowed() const { return {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)}; }
 };
