@@ -8,7 +8,9 @@ function(mosaicer_compile_settings target)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
-      -Woverloaded-virtual -Wcast-align -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough -Wundef
+      -Woverloaded-virtual -Wcast-align $<$<CXX_COMPILER_ID:GNU>:-Wdouble-promotion> -Wformat=2
+      -Wimplicit-fallthrough -Wundef
+      # Clang takes `const double x = a_float` for a promotion by mistake, too.
       # GCC 12 sees overlaps in plain std::string concatenations, hence -Wno-restrict.
       $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wno-restrict>)
     if(MOSAICER_WERROR)
