@@ -1,6 +1,6 @@
 #include "packing/AtlasSurface.h"
 
-#include "driver/records/NaturalSize.h"
+#include "driver/records/PaddedSize.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,18 +10,6 @@
 namespace mosaicer {
 
 namespace {
-
-/// Sizes before it is known that they can be placed. Natural size and padding can each be any 32-bit number.
-struct WideSize {
-    std::int64_t width;
-    std::int64_t height;
-};
-
-WideSize padded_size(const SetTextureEntry& entry) {
-    const TexelSize natural = natural_size(entry);
-    return {natural.width + 2 * std::int64_t{entry.pad_texels_u},
-            natural.height + 2 * std::int64_t{entry.pad_texels_v}};
-}
 
 /// Along the axes of the surface.
 struct Tiling {

@@ -4,7 +4,7 @@
 #include "driver/check/AttributeCheck.h"
 #include "driver/check/Findings.h"
 #include "driver/records/DropMips.h"
-#include "driver/records/NaturalSize.h"
+#include "driver/records/PaddedSize.h"
 #include "driver/records/PathText.h"
 #include "packing/AtlasSurface.h"
 #include "packing/PackingOrders.h"
@@ -60,17 +60,6 @@ SetTextureEntry with_padding(const SetTextureEntry& entry, const AtlasSetDefinit
     if (road == SetRoad::fixed_atlas && entry.pad_texels_v < 0)
         padded.pad_texels_v = set.pad_texels_v;
     return padded;
-}
-
-struct WideSize {
-    std::int64_t width;
-    std::int64_t height;
-};
-
-WideSize padded_size(const SetTextureEntry& entry) {
-    const TexelSize natural = natural_size(entry);
-    return {natural.width + 2 * std::int64_t{entry.pad_texels_u},
-            natural.height + 2 * std::int64_t{entry.pad_texels_v}};
 }
 
 /// The sides of level 0 once a texture is loaded.
