@@ -17,4 +17,9 @@ inline const WellKnownNames& names() {
     return instance;
 }
 
+/// True for the members that every value has, whatever its class: see ScriptValue::member.
+inline bool is_universal_member(idstring id) {
+    return id == names().extension || id == names().member;
+}
+
 } // namespace kst::script

@@ -8,7 +8,40 @@
 
 namespace kst::script {
 
-void Interpreter::run(Entry entry, Arguments arguments, std::uint32_t results) {
+inline void Interpreter::load_frame() {
+    const Frame& frame = stacks_.current();
+    vm_ = frame.vm;
+    bases_ = {frame.locals, frame.members, vm_->globals_.data(), vm_->run_code_->constants.data()};
+}
+
+inline Frame& Interpreter::enter(const Entry& entry, const Instruction* return_to, ScriptValue* locals,
+                                 std::uint32_t call_depth) {
+    Frame& frame = stacks_.push_frame();
+    frame.vm = entry.vm;
+    frame.return_to = return_to;
+    frame.locals = locals;
+    frame.values = values_.end();
+    frame.call_depth = call_depth;
+    frame.current_class = entry.current_class;
+    frame.members = entry.current_class == nullptr ? nullptr : entry.current_class->members(entry.object).data();
+    frame.object = entry.object;
+    load_frame();
+    // A function begins with its frame's size, which often is what it was given.
+    const bool sized = entry.start->operation == Operation::resize && locals + entry.start->count == locals_.end();
+    ip_ = entry.start + (sized ? 1 : 0);
+    return frame;
+}
+
+inline void Interpreter::begin(const Entry& entry, ScriptValue* locals) {
+    instruction_ = entry.vm->code_.data() + entry.start->offset;
+    Frame& frame = enter(entry, nullptr, locals, stacks_.call_count);
+    if (entry.current_class != nullptr)
+        frame.self = entry.current_class->instance_of(entry.object);
+    first_frame_ = stacks_.frame_count - 1;
+    destroyed_seen_ = stacks_.destroyed_programs;
+}
+
+void Interpreter::run(const Entry& entry, Arguments arguments, std::uint32_t results) {
     const NestingGuard guard;
     ScriptStacks& stacks = ScriptStacks::instance();
     if (stacks.frame_count == 0)
@@ -25,7 +58,7 @@ void Interpreter::run(Entry entry, Arguments arguments, std::uint32_t results) {
     try {
         for (const ScriptValue& argument : arguments)
             stacks.locals.push(ScriptValue(argument));
-        interpreter.enter(std::move(entry), nullptr, stacks.locals.end() - arguments.size(), stacks.call_count);
+        interpreter.begin(entry, stacks.locals.end() - arguments.size());
         interpreter.execute();
         stacks.values.resize(values + results);
     } catch (const DSError& error) {
@@ -37,36 +70,9 @@ void Interpreter::run(Entry entry, Arguments arguments, std::uint32_t results) {
     }
 }
 
-ScriptValue Interpreter::call(Entry entry, Arguments arguments) {
-    run(std::move(entry), arguments, 1);
-    return ScriptVM::take_result();
-}
-
-void Interpreter::enter(Entry&& entry, const Instruction* return_to, ScriptValue* locals, std::uint32_t call_depth) {
-    if (return_to == nullptr)
-        instruction_ = entry.vm->code_.data() + entry.start->offset;
-    Frame& frame = stacks_.push_frame();
-    frame.vm = entry.vm;
-    frame.return_to = return_to;
-    frame.locals = locals;
-    frame.values = values_.end();
-    frame.call_depth = call_depth;
-    frame.current_class = entry.current_class;
-    frame.members = entry.current_class == nullptr ? nullptr : entry.current_class->members(entry.object).data();
-    frame.object = entry.object;
-    frame.self.swap(entry.self); // void in an unused frame
-    if (return_to == nullptr) {
-        first_frame_ = stacks_.frame_count - 1;
-        destroyed_seen_ = stacks_.destroyed_programs;
-    }
-    load_frame();
-    ip_ = entry.start;
-}
-
-void Interpreter::load_frame() {
-    const Frame& frame = stacks_.current();
-    vm_ = frame.vm;
-    bases_ = {frame.locals, frame.members, vm_->globals_.data(), vm_->run_code_->constants.data()};
+ScriptValue Interpreter::call(const Entry& entry, Arguments arguments) {
+    run(entry, arguments, 1);
+    return ScriptStacks::instance().values.pop();
 }
 
 bool Interpreter::leave() {
@@ -85,47 +91,46 @@ bool Interpreter::leave() {
     return false;
 }
 
-void Interpreter::call_top() {
-    call_value(values_.pop());
+void Interpreter::call_global() {
+    values_.push(ScriptValue(at(ValuePlace::global, ip_->left)));
+    call_top();
 }
 
-void Interpreter::call_value(ScriptValue callee) {
-    const std::uint32_t argument_count = ip_->count;
-    spend_budget();
-    const std::uint32_t call_depth = stacks_.call_count;
-    stacks_.push_call(instruction_);
-    ScriptValue* const locals = locals_.end() - argument_count;
-    if (callee.kind() == ClassKind::function) {
+void Interpreter::call_top() {
+    const ClassKind kind = values_.top().kind();
+    if (kind != ClassKind::function && kind != ClassKind::method)
+        return call_native();
+    const ScriptValue callee = values_.pop();
+    const std::uint32_t call_depth = begin_call();
+    ScriptValue* const locals = locals_.end() - ip_->count;
+    if (kind == ClassKind::function) {
         const ProgramRegistry::Entry& function = ProgramRegistry::instance()[callee.data()];
         if (function.vm == nullptr)
             fail("Program containing function has been destroyed");
         enter({function.vm, function.start}, ip_ + 1, locals, call_depth);
-    } else if (callee.kind() == ClassKind::method) {
+    } else {
         auto& methods = ScriptVM::ClassMethod::instance();
         auto& scripted_class = methods.class_of(callee.data());
         const auto method = methods.record(callee.data());
-        enter({&scripted_class.vm(), method.start, &scripted_class, method.object,
-               scripted_class.instance_of(method.object)},
-              ip_ + 1, locals, call_depth);
-    } else {
-        call_native(callee, argument_count, call_depth);
-        ++ip_;
+        enter({&scripted_class.vm(), method.start, &scripted_class, method.object}, ip_ + 1, locals, call_depth).self =
+            scripted_class.instance_of(method.object);
     }
 }
 
-// The arguments stay where they are, below whatever the callee runs, and go after it.
-void Interpreter::call_native(const ScriptValue& callee, std::uint32_t argument_count, std::uint32_t call_depth) {
-    const std::uint32_t local_count = locals_.count() - argument_count;
-    ScriptValue result = callee.call(locals_.last(argument_count));
-    locals_.cut_to(local_count);
+// The callee and its arguments stay where they are, below whatever runs, and go after it: the callee last, when its
+// result has its place.
+void Interpreter::call_native() {
+    const std::uint32_t call_depth = begin_call();
+    ScriptValue* const arguments = locals_.end() - ip_->count;
+    ScriptValue result = values_.top().call({arguments, ip_->count});
+    locals_.cut_to(arguments);
     stacks_.call_count = call_depth;
-    values_.push(std::move(result));
+    values_.top().swap(result);
+    ++ip_;
 }
 
 // The arguments may have run this very instruction for an object of another class, or ended the object's program.
 void Interpreter::call_prepared() {
-    if (&values_.top().value_class() != &ScriptVM::ClassCalledInstance::instance())
-        return call_top();
     ScriptValue& object = values_.top();
     object.overwrite(ScriptVM::ClassInstance::instance(), object.data());
     if (!find_own_member(object))
@@ -134,11 +139,10 @@ void Interpreter::call_prepared() {
     auto& instances = ScriptVM::ClassInstance::instance();
     auto& scripted_class = *instances.class_of(self.data());
     const std::uint32_t number = instances.object_of(self.data());
-    spend_budget();
-    const std::uint32_t call_depth = stacks_.call_count;
-    stacks_.push_call(instruction_);
-    enter({&scripted_class.vm(), ip_->site->start, &scripted_class, number, std::move(self)}, ip_ + 1,
-          locals_.end() - ip_->count, call_depth);
+    const std::uint32_t call_depth = begin_call();
+    enter({&scripted_class.vm(), ip_->site->start, &scripted_class, number}, ip_ + 1, locals_.end() - ip_->count,
+          call_depth)
+        .self.swap(self);
 }
 
 void Interpreter::look_for_programs() {

@@ -16,33 +16,37 @@ namespace kst::script {
 /// anything, ever sees stacks that are not in order.
 class Interpreter {
 public:
-    /// What to run. A method brings its class and object; a null class means that there is no current object.
+    /// What to run. A method brings its class and object, which its frame then holds; a null class means that there is
+    /// no current object.
     struct Entry {
         ScriptVM* vm = nullptr;
         const Instruction* start = nullptr;
         ScriptVM::ScriptedClassBase* current_class = nullptr;
         std::uint32_t object = 0;
-        ScriptValue self = {};
     };
 
     /// Leaves `results` values on the value stack. Throws VMError, with the stacks as they were.
-    static void run(Entry entry, Arguments arguments, std::uint32_t results);
+    static void run(const Entry& entry, Arguments arguments, std::uint32_t results);
     /// A run with one result, which is taken off the stack.
-    static ScriptValue call(Entry entry, Arguments arguments);
+    static ScriptValue call(const Entry& entry, Arguments arguments);
 
 private:
+    class Loop;
+
     explicit Interpreter(ScriptStacks& stacks) : stacks_(stacks), values_(stacks.values), locals_(stacks.locals) {}
 
     void execute();
 
     // Calls.cpp
-    void enter(Entry&& entry, const Instruction* return_to, ScriptValue* locals, std::uint32_t call_depth);
+    void begin(const Entry& entry, ScriptValue* locals);
+    /// A frame without an object, which is the caller's matter.
+    Frame& enter(const Entry& entry, const Instruction* return_to, ScriptValue* locals, std::uint32_t call_depth);
     void load_frame();
     /// True when this was the frame that the run began with.
     bool leave();
     void call_top();
-    void call_value(ScriptValue callee);
-    void call_native(const ScriptValue& callee, std::uint32_t argument_count, std::uint32_t call_depth);
+    void call_global();
+    void call_native();
     void call_prepared();
     /// A native callee, or the end of a native object, may have destroyed the very programs that wait here.
     void check_programs() {
@@ -54,6 +58,12 @@ private:
         if (stacks_.jump_budget == 0)
             fail("Script error: instruction budget used up");
         --stacks_.jump_budget;
+    }
+    /// Gives the depth of the call stack to return to.
+    std::uint32_t begin_call() {
+        spend_budget();
+        stacks_.push_call(instruction_);
+        return stacks_.call_count - 1;
     }
 
     // Steps.cpp: what single instructions do in all cases.
@@ -69,7 +79,9 @@ private:
     void store();
     void assign();
     bool pop_boolean();
-    void set_frame_size(std::uint32_t size);
+    void dereference();
+    void resize_frame();
+    void release(ScriptClass& value_class, ScriptClass::Data data);
 
     /// The identifier of the name that the instruction has in the code at `operand`, which is resolved there.
     static idstring resolve_name(std::uint8_t* operand);

@@ -88,9 +88,7 @@ void ScriptVM::ClassMethod::release(Data data) {
 ScriptValue ScriptVM::ClassMethod::call(Data data, Arguments arguments) {
     ScriptedClassBase& scripted_class = class_of(data);
     const Record method = pool_[data];
-    return Interpreter::call(
-        {&scripted_class.vm(), method.start, &scripted_class, method.object, scripted_class.instance_of(method.object)},
-        arguments);
+    return Interpreter::call({&scripted_class.vm(), method.start, &scripted_class, method.object}, arguments);
 }
 
 std::string ScriptVM::ClassMethod::type_name(Data data) {

@@ -49,8 +49,12 @@ public:
     void resize(std::uint32_t count) { resize(slots_.get() + count); }
     void resize(const ScriptValue* end) {
         cut_to(end);
-        while (end_ < end)
-            push({});
+        while (end_ < end) {
+            if (end_ == limit())
+                overflow();
+            end_->overwrite(void_class, 0);
+            ++end_;
+        }
     }
 
     // The bare slots. Whoever works on them takes the place of `push` and `pop`: slots below the end own, others do

@@ -207,13 +207,21 @@ bool Interpreter::pop_boolean() {
     return values_.pop().to_boolean();
 }
 
-void Interpreter::set_frame_size(std::uint32_t size) {
-    locals_.resize(bases_[static_cast<std::size_t>(ValuePlace::local)] + size);
+void Interpreter::dereference() {
+    values_.push(values_.pop().clone());
+}
+
+void Interpreter::resize_frame() {
+    locals_.resize(&at(ValuePlace::local, ip_->count));
+}
+
+void Interpreter::release(ScriptClass& value_class, ScriptClass::Data data) {
+    value_class.release(data);
 }
 
 bool Interpreter::find_own_member(const ScriptValue& object) {
     const idstring id = site_id();
-    if (object.kind() != ClassKind::instance || id == names().extension || id == names().member)
+    if (object.kind() != ClassKind::instance || is_universal_member(id))
         return false;
     auto* const scripted_class = ScriptVM::ClassInstance::instance().class_of(object.data());
     if (scripted_class == nullptr)
