@@ -120,9 +120,9 @@ bool LibraryHelper::CppClass::has_member(Data data, idstring id) {
     return object != nullptr && object->members().find(id) != nullptr;
 }
 
-bool LibraryHelper::CppClass::take_member(ScriptValue& object, idstring id) {
+bool LibraryHelper::CppClass::take_member(ScriptValue& object, idstring id, MemberCache& cache) {
     LibraryHelper* const helper = live_object(object.data());
-    MemberFactory* const factory = helper == nullptr ? nullptr : helper->members().find(id);
+    MemberFactory* const factory = helper == nullptr ? nullptr : helper->members().find(id, cache);
     return factory != nullptr && factory->take(object);
 }
 

@@ -88,7 +88,7 @@ public:
     void set_tag(Data data, const ScriptValue& value) override;
     ScriptValue member(Data data, idstring id, bool must_exist) override;
     bool has_member(Data data, idstring id) override;
-    bool take_member(ScriptValue& object, idstring id) override;
+    bool take_member(ScriptValue& object, idstring id, MemberCache& cache) override;
     /// Destroyed objects come first, by data word; then live ones, in their own order.
     bool less(Data data, const ScriptValue& other) override;
     std::string type_name(Data data) override;

@@ -6,29 +6,49 @@
 
 namespace kst::script {
 
-void TMFactoryBase::add_ref(Data data) {
+inline void TMFactoryBase::hold(Data data) {
     ++values_;
     NativeObjects::instance().add_ref(data);
 }
 
 // The object first: its end may take the table with it that owns this factory.
-void TMFactoryBase::release(Data data) {
+inline void TMFactoryBase::let_go(Data data) {
     NativeObjects::instance().release(data);
     if (--values_ == 0 && retired_)
         delete this;
+}
+
+inline LibraryHelper& TMFactoryBase::object(Data data) {
+    LibraryHelper* const object = NativeObjects::instance().object(data);
+    if (object == nullptr)
+        throw_already_destroyed();
+    return *object;
+}
+
+class TMFactoryBase::Held {
+public:
+    Held(TMFactoryBase& factory, Data data) : factory_(factory), data_(data) { factory_.hold(data_); }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() { factory_.let_go(data_); }
+
+private:
+    TMFactoryBase& factory_;
+    Data data_;
+};
+
+void TMFactoryBase::add_ref(Data data) {
+    hold(data);
+}
+
+void TMFactoryBase::release(Data data) {
+    let_go(data);
 }
 
 void TMFactoryBase::retire() {
     retired_ = true;
     if (values_ == 0)
         delete this;
-}
-
-LibraryHelper& TMFactoryBase::object(Data data) {
-    LibraryHelper* const object = NativeObjects::instance().object(data);
-    if (object == nullptr)
-        throw_already_destroyed();
-    return *object;
 }
 
 // The guard: a function that calls back may be led to itself.
@@ -51,12 +71,12 @@ ScriptValue MethodFactory::call(Data data, Arguments arguments) {
 
 ScriptValue PropertyFactory::current(Data data) const {
     const NestingGuard guard;
-    const ScriptValue held(const_cast<PropertyFactory&>(*this), data);
+    const Held held(const_cast<PropertyFactory&>(*this), data);
     return with_script_errors([&] { return read(object(data)); });
 }
 
 void PropertyFactory::set(Data data, const ScriptValue& value) {
-    const ScriptValue held(*this, data);
+    const Held held(*this, data);
     with_script_errors([&] { write(object(data), value); });
 }
 

@@ -48,25 +48,18 @@ public:
 
 protected:
     TMFactoryBase() : ScriptClass(Counting::pooled) {}
+
+    // Inline in this class's own file, and used only there.
+
+    /// A value of the member for as long as a call lasts.
+    class Held;
     /// Throws DSError "Object already destroyed".
     static LibraryHelper& object(Data data);
 
-    /// A value of the member for as long as a call lasts.
-    class Held {
-    public:
-        Held(TMFactoryBase& factory, Data data) : factory_(factory), data_(data) {
-            factory_.TMFactoryBase::add_ref(data_);
-        }
-        Held(const Held&) = delete;
-        Held& operator=(const Held&) = delete;
-        ~Held() { factory_.TMFactoryBase::release(data_); }
-
-    private:
-        TMFactoryBase& factory_;
-        Data data_;
-    };
-
 private:
+    void hold(Data data);
+    void let_go(Data data);
+
     std::uint64_t values_ = 0;
     bool retired_ = false;
 };

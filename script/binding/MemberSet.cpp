@@ -8,6 +8,7 @@ bool MemberSet::add(idstring id, MemberFactoryPointer factory) {
     const auto place = std::ranges::lower_bound(entries_, id, {}, &Entry::first);
     if (place != entries_.end() && place->first == id)
         return false;
+    ++changes;
     entries_.emplace(place, id, std::move(factory));
     return true;
 }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "script/binding/MemberFactory.h"
+#include "script/value/MemberCache.h"
+#include "script/value/names.h"
 
 namespace kst::script {
 
@@ -14,7 +17,9 @@ namespace kst::script {
 class MemberSet {
 public:
     /// Names that this table does not have are looked up in `base`, which must outlive it.
-    explicit MemberSet(const MemberSet* base = nullptr) : base_(base) {}
+    explicit MemberSet(const MemberSet* base = nullptr) : base_(base) { ++changes; }
+    MemberSet(const MemberSet&) = delete;
+    MemberSet& operator=(const MemberSet&) = delete;
 
     /// The name's factory becomes this one, unless the table itself has the name already: then false, and the new
     /// factory is dropped. A name of the base may be taken.
@@ -22,8 +27,17 @@ public:
     bool add(std::string_view name, MemberFactoryPointer factory) { return add(intern(name), std::move(factory)); }
     /// Null for an unknown name.
     MemberFactory* find(idstring id) const;
+    /// The same, for a place that always looks for this name. Null for universal members.
+    MemberFactory* find(idstring id, MemberCache& cache) const {
+        if (cache.table != this || cache.version != changes)
+            cache = {this, is_universal_member(id) ? nullptr : find(id), changes};
+        return static_cast<MemberFactory*>(cache.found);
+    }
 
 private:
+    /// Counts what may make a cache wrong: a new table, maybe where an old one was, and a new name in any.
+    static inline std::uint64_t changes = 0;
+
     using Entry = std::pair<idstring, MemberFactoryPointer>;
 
     const MemberSet* base_;

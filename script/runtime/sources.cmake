@@ -15,6 +15,5 @@ set(runtime_sources
   ScriptVector.cpp
   ScriptXMLNode.cpp
   UnionLibrary.cpp
-  callbacks.cpp
   math_functions.cpp
   save_compiled_file.cpp)

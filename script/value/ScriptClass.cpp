@@ -68,7 +68,7 @@ ScriptValue ScriptClass::member(Data data, idstring id, bool must_exist) {
     return {};
 }
 
-bool ScriptClass::take_member(ScriptValue&, idstring) {
+bool ScriptClass::take_member(ScriptValue&, idstring, MemberCache&) {
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "script/value/MemberCache.h"
 #include "source/utility/xml/idstring.h"
 
 namespace kst::script {
@@ -74,8 +75,9 @@ public:
     virtual ScriptValue member(Data data, idstring id, bool must_exist);
     virtual bool has_member(Data data, idstring id);
     /// Member access for a call that follows at once: turns `object`, a value of this class, into its member and says
-    /// true, where that takes less than making the member and letting go of the object. By default it does not.
-    virtual bool take_member(ScriptValue& object, idstring id);
+    /// true, where that takes less than making the member and letting go of the object. By default it does not. Never for
+    /// universal members. The cache is that of the place in the code, and always comes with the same name.
+    virtual bool take_member(ScriptValue& object, idstring id, MemberCache& cache);
     virtual ScriptValue add(Data data, const ScriptValue& right);
     virtual ScriptValue subtract(Data data, const ScriptValue& right);
     virtual ScriptValue multiply(Data data, const ScriptValue& right);

@@ -82,7 +82,7 @@ public:
     /// class; every other name is the class's matter.
     ScriptValue member(idstring id, bool must_exist = true) const;
     /// Turns this value into its member, or says false: see ScriptClass::take_member.
-    bool take_member(idstring id);
+    bool take_member(idstring id, MemberCache& cache) { return class_->take_member(*this, id, cache); }
     bool has_member(idstring id) const { return class_->has_member(data_, id); }
     ScriptValue add(const ScriptValue& right) const { return class_->add(data_, right); }
     ScriptValue subtract(const ScriptValue& right) const { return class_->subtract(data_, right); }

@@ -14,10 +14,6 @@ ScriptValue ScriptValue::member(idstring id, bool must_exist) const {
     return class_->member(data_, id, must_exist);
 }
 
-bool ScriptValue::take_member(idstring id) {
-    return id != names().extension && id != names().member && class_->take_member(*this, id);
-}
-
 ScriptValue WrappingClass::wrap(ScriptValue value) {
     const Data data = pool_.take();
     pool_[data] = std::move(value);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "script/language/Opcodes.h"
+#include "script/value/MemberCache.h"
 #include "script/value/ScriptValue.h"
 
 namespace kst::script {
@@ -105,6 +106,8 @@ struct NameSite {
     const Instruction* start = nullptr;
     /// ScriptedClassBase::serial; 0 is no class.
     std::uint64_t class_serial = 0;
+    /// Of values that are not objects of scripts.
+    MemberCache cache;
 };
 
 struct Instruction {

@@ -250,9 +250,11 @@ void Interpreter::read_member() {
 
 void Interpreter::prepare_method() {
     ScriptValue& object = values_.top();
+    if (object.kind() == ClassKind::other && object.take_member(site_id(), ip_->site->cache))
+        return;
     if (find_own_member(object) && ip_->site->start != nullptr)
         object.overwrite(ScriptVM::ClassCalledInstance::instance(), object.data()); // owns what it owned
-    else if (object.kind() != ClassKind::other || !object.take_member(site_id()))
+    else
         read_member();
 }
 
@@ -287,8 +289,7 @@ void Interpreter::other() {
     case Opcode::push_member_ref:
         return values_.push({ScriptVM::ClassCurrentClassMemberRef::instance(), index});
     case Opcode::push_local_ref: {
-        const std::size_t absolute =
-            stacks_.locals.index_of(bases_[static_cast<std::size_t>(ValuePlace::local)]) + index;
+        const std::size_t absolute = stacks_.locals.index_of(&at(ValuePlace::local, 0)) + index;
         return values_.push({ScriptVM::ClassLocalRef::instance(), static_cast<std::uint32_t>(absolute)});
     }
     case Opcode::cnv_number:

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 
 #include "script/binding/NativeObjects.h"
+#include "script/value/BasicClasses.h"
 #include "script/value/ClassString.h"
 #include "script/value/WrappingClass.h"
 #include "tests/script/RunSource.h"
@@ -149,6 +151,23 @@ struct Imports : ScriptInterface {
     std::map<idstring, ScriptValue> values;
     bool has(idstring id) override { return values.contains(id); }
     ScriptValue get(idstring id) override { return values.at(id); }
+};
+
+/// A method that has no use for its object.
+template <int number>
+MemberFactoryPointer gives() {
+    return MemberFactoryPointer(new TMMethodFactory<Record, [](Record&) { return number; }>);
+}
+
+/// An object that is called as a function.
+struct Action final : Bound<Action> {
+    static constexpr std::string_view script_name = "Action";
+    static void bind(StaticMemberSet<Action>&) {}
+    explicit Action(std::function<ScriptValue()> action) : action_(std::move(action)) {}
+    ScriptValue call(Arguments) override { return action_(); }
+
+private:
+    std::function<ScriptValue()> action_;
 };
 
 /// Every test leaves table and pools as it found them.
@@ -344,6 +363,35 @@ TEST_F(Binding, tables_made_at_run_time_serve_all_objects_of_a_kind) {
                         "return a.health + b.health + a.count.health.string + c.x.string; }",
                         &imports),
               "75332");
+}
+
+// A place in the code remembers what it found, which must hold no longer than it is true.
+TEST_F(Binding, one_place_in_the_code_calls_members_of_many_tables) {
+    const auto grown = record_table("x", "y");
+    int made = 0;
+    const auto make = [&] { // each with a table of its own, most where the last one was
+        auto table = std::make_shared<MemberSet>(&StaticMemberSet<Record>::instance());
+        if (++made % 3 != 0)
+            table->add("count", made % 3 == 1 ? gives<5>() : gives<6>());
+        return make_script_owned<Record>(std::move(table));
+    };
+    Action grow([&]() -> ScriptValue { return boolean_value(grown->add("count", gives<7>())); });
+    Action maker(make);
+    Imports imports;
+    imports.values[intern("a")] = make_script_owned<Record>(grown);
+    imports.values[intern("b")] = make_script_owned<Record>(record_table("x", "y"));
+    imports.values[intern("grow")] = grow.value();
+    imports.values[intern("make")] = maker.value();
+    EXPECT_EQ(
+        result_of("import a, b, grow, make; count(x) { return x.count().string; }"
+                  "main() { object text := count(b) + count(a); grow(); text := text + count(a) + count(b) + \" \";"
+                  "object i := 0; while (i < 9) { text := text + count(make()); i := i + 1; } return text; }",
+                  &imports),
+        "2272 562562562");
+    // What every value has is not the table's.
+    grown->add("extension", gives<8>());
+    EXPECT_EQ(result_of("import a; main() { a.extension := 3; return a.extension(); }", &imports),
+              "cant call this thing (type:<number>)");
 }
 
 TEST_F(Binding, a_member_outlives_its_table) {
