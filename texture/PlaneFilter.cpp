@@ -24,14 +24,14 @@ std::array<double, 256> decoding_table() {
 }
 
 void decode_rows(const std::uint8_t* pixels, std::size_t width, std::size_t rows, RowGroup& group) {
-    static const std::array<double, 256> decoded = decoding_table();
+    static const std::array<double, 256> linear = decoding_table();
     for (std::size_t left = 0; left < width; left += tile) {
         const std::size_t right = std::min(left + tile, width);
         for (std::size_t row = 0; row < rows; ++row) {
             const std::uint8_t* source = pixels + row * width * 4;
             double* target = group.samples.data() + row;
             for (std::size_t x = left; x < right; ++x)
-                target[x * group.rows] = decoded[source[x * 4]];
+                target[x * group.rows] = linear[source[x * 4]];
         }
     }
 }

@@ -22,11 +22,6 @@
 namespace mosaicer {
 namespace {
 
-bool is_directory(const std::string& path) {
-    kst::platform::PathInfo info;
-    return kst::platform::path_info(path, info) == kst::platform::PathResult::ok && info.is_directory;
-}
-
 void check_directories(const AtlasSetDefinition& set, const std::vector<std::string>& directories,
                        const kst::XMLNode& node, Findings& findings) {
     const auto tell = [&](std::string message) {
@@ -34,8 +29,9 @@ void check_directories(const AtlasSetDefinition& set, const std::vector<std::str
     };
     if (set.textures.empty())
         return tell("autofill " + in_quotes(set.autofill) +
-                    (std::ranges::any_of(directories, is_directory) ? " holds no texture"
-                                                                    : " is no directory of a textures root"));
+                    (std::ranges::any_of(directories, kst::platform::is_directory)
+                         ? " holds no texture"
+                         : " is no directory of a textures root"));
     // The test is on the text of the path.
     std::set<std::string> others;
     for (const SetTextureEntry& entry : set.textures) {

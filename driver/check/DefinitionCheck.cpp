@@ -20,11 +20,6 @@
 namespace mosaicer {
 namespace {
 
-bool is_directory(const std::string& path) {
-    kst::platform::PathInfo info;
-    return kst::platform::path_info(path, info) == kst::platform::PathResult::ok && info.is_directory;
-}
-
 /// The beginning of a text, in one line.
 std::string first_words(std::string_view text) {
     constexpr std::size_t most_bytes = 40;
@@ -187,7 +182,7 @@ void DefinitionWalkCheck::check_roots(const kst::XMLNode& node, const TextureInd
                                       const std::string& set) {
     const TextureIndex::Roots& now = index_.roots();
     for (std::size_t slot = 0; slot < now.size(); ++slot)
-        if (now[slot] != before[slot] && !is_directory(now[slot]))
+        if (now[slot] != before[slot] && !kst::platform::is_directory(now[slot]))
             findings_.at(node, set, FindingKind::root, "textures root " + in_quotes(now[slot]) + " is no directory");
 }
 
@@ -297,7 +292,7 @@ void check_document(const std::string& textures_root, const std::string& definit
                              {},
                              {}});
     check_includes(definition, findings);
-    if (!is_directory(kst::find_host_path(textures_root)))
+    if (!kst::platform::is_directory(kst::find_host_path(textures_root)))
         findings.add({textures_root, 0, FindingKind::root, "the textures root is no directory", {}, {}});
     DefinitionWalkCheck walk(textures_root, definition, findings);
     if (!is_whole)

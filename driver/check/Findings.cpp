@@ -12,7 +12,7 @@ namespace {
 
 /// Names of files and what a definition says may hold line breaks, and orders to a terminal.
 std::string without_control_characters(std::string_view text) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
+    constexpr std::string_view hex_digits = "0123456789ABCDEF";
     std::string plain;
     plain.reserve(text.size());
     for (const char c : text) {
@@ -20,7 +20,7 @@ std::string without_control_characters(std::string_view text) {
         if (byte >= 0x20 && byte != 0x7F)
             plain += c;
         else
-            plain.append("\\x").append(1, digits[byte >> 4U]).append(1, digits[byte & 0xFU]);
+            plain.append("\\x").append(1, hex_digits[byte >> 4U]).append(1, hex_digits[byte & 0xFU]);
     }
     return plain;
 }

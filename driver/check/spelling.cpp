@@ -1,13 +1,11 @@
 #include "driver/check/spelling.h"
 
+#include "source/utility/ascii.h"
+
 #include <algorithm>
 
 namespace mosaicer {
 namespace {
-
-constexpr char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 std::size_t most_changes(std::size_t letters) {
     std::size_t changes = 3;
@@ -45,12 +43,12 @@ public:
 private:
     /// The least cell of the row.
     std::size_t fill_row(std::string_view a, std::string_view b, std::size_t i) {
-        const char letter = lower(a[i - 1]);
+        const char letter = kst::lower(a[i - 1]);
         std::size_t least = row_[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t change = letter == lower(b[j - 1]) ? 0 : 1;
+            const std::size_t change = letter == kst::lower(b[j - 1]) ? 0 : 1;
             row_[j] = std::min({above_[j] + 1, row_[j - 1] + 1, above_[j - 1] + change});
-            if (i > 1 && j > 1 && letter == lower(b[j - 2]) && lower(a[i - 2]) == lower(b[j - 1]))
+            if (i > 1 && j > 1 && letter == kst::lower(b[j - 2]) && kst::lower(a[i - 2]) == kst::lower(b[j - 1]))
                 row_[j] = std::min(row_[j], before_[j - 2] + 1);
             least = std::min(least, row_[j]);
         }

@@ -31,7 +31,7 @@ struct State {
     std::int64_t members = no_class;
 };
 
-struct Instruction {
+struct CheckedInstruction {
     Opcode opcode = Opcode::return_;
     /// The index, count or offset, by its kind.
     std::uint32_t operand = 0;
@@ -92,12 +92,12 @@ private:
         return at + length;
     }
 
-    Instruction decode(std::size_t at) const {
+    CheckedInstruction decode(std::size_t at) const {
         if (at >= code_.size())
             refuse(at, "the code runs off its end");
         if (code_[at] >= opcode_count)
             refuse(at, "invalid opcode");
-        Instruction instruction{.opcode = static_cast<Opcode>(code_[at])};
+        CheckedInstruction instruction{.opcode = static_cast<Opcode>(code_[at])};
         const std::size_t operand = at + 1;
         const auto fixed = [&](std::size_t bytes) {
             instruction.operand = read(operand, bytes);
@@ -138,7 +138,7 @@ private:
         std::int64_t members = 0;
         std::size_t first_method = 0;
         for (std::size_t at = 0;;) {
-            const Instruction instruction = decode(at);
+            const CheckedInstruction instruction = decode(at);
             const Opcode opcode = instruction.opcode;
             const bool of_class = opcode == Opcode::declare_object || opcode == Opcode::declare_function;
             const bool fits =
@@ -171,7 +171,7 @@ private:
     void mark_starts() {
         for (std::size_t at = body_; at < code_.size();) {
             states_[at].is_start = true;
-            const Instruction instruction = decode(at);
+            const CheckedInstruction instruction = decode(at);
             if (is_declaration(instruction.opcode))
                 refuse(at, "misplaced declaration");
             at = instruction.next;
@@ -200,7 +200,7 @@ private:
         while (!pending_.empty()) {
             const std::size_t at = pending_.back();
             pending_.pop_back();
-            const Instruction instruction = decode(at);
+            const CheckedInstruction instruction = decode(at);
             State state = states_[at];
             apply(at, instruction, state);
             const bool ends = instruction.opcode == Opcode::return_;
@@ -212,7 +212,7 @@ private:
         }
     }
 
-    void apply(std::size_t at, const Instruction& instruction, State& state) const {
+    void apply(std::size_t at, const CheckedInstruction& instruction, State& state) const {
         const OpcodeInfo& info = info_of(instruction.opcode);
         if (state.frame == no_frame && instruction.opcode != Opcode::resize)
             refuse(at, "a function without a frame");
@@ -235,7 +235,7 @@ private:
         }
     }
 
-    void check_index(std::size_t at, const Instruction& instruction, const State& state) const {
+    void check_index(std::size_t at, const CheckedInstruction& instruction, const State& state) const {
         std::int64_t bound = 0;
         switch (instruction.opcode) {
         case Opcode::push_this:

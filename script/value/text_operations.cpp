@@ -14,7 +14,7 @@ constexpr std::string_view blanks = " \t\r\n";
 /// The characters of the four values of two bits.
 constexpr std::string_view bit_blanks = "\t\n\r ";
 
-std::size_t clamped(float value, std::size_t limit) {
+std::size_t clamped_index(float value, std::size_t limit) {
     const std::int32_t whole = std::max(truncate_to_int(value), 0);
     return std::min(static_cast<std::size_t>(whole), limit);
 }
@@ -68,12 +68,12 @@ std::string substring(std::string_view text, float start) {
 
 std::string substring(std::string_view text, float start, float count) {
     if (is_ascii(text)) {
-        const std::size_t from = clamped(start, text.size());
-        return std::string(text.substr(from, clamped(count, text.size() - from)));
+        const std::size_t from = clamped_index(start, text.size());
+        return std::string(text.substr(from, clamped_index(count, text.size() - from)));
     }
     const std::u16string units = decode_utf8(text);
-    const std::size_t from = clamped(start, units.size());
-    return encode_utf8(std::u16string_view(units).substr(from, clamped(count, units.size() - from)));
+    const std::size_t from = clamped_index(start, units.size());
+    return encode_utf8(std::u16string_view(units).substr(from, clamped_index(count, units.size() - from)));
 }
 
 std::int64_t index_of(std::string_view text, std::string_view wanted) {

@@ -73,7 +73,7 @@ struct RoundTrip {
     double alpha;      ///< negative: the format keeps none
 };
 
-class RoundTrips : public testing::TestWithParam<RoundTrip> {};
+class RoundTrips : public ::testing::TestWithParam<RoundTrip> {};
 
 TEST_P(RoundTrips, come_back_close_to_what_went_in) {
     const RoundTrip& c = GetParam();
@@ -102,10 +102,10 @@ TEST_P(RoundTrips, come_back_close_to_what_went_in) {
 // Levels of 12, 6, 3 and 1 texels: 9 + 4 + 1 + 1 blocks.
 INSTANTIATE_TEST_SUITE_P(
     Formats, RoundTrips,
-    testing::Values(RoundTrip{FORMAT_DXT1, 68, 15 * 8, 12, -1}, RoundTrip{FORMAT_DXT1, 72, 15 * 8, 11, -1},
-                    RoundTrip{FORMAT_DXT3, 68, 15 * 16, 12, 5}, RoundTrip{FORMAT_DXT3, 72, 15 * 16, 11, 5},
-                    RoundTrip{FORMAT_DXT5, 68, 15 * 16, 12, 2}, RoundTrip{FORMAT_DXT5, 72, 15 * 16, 11, 2},
-                    RoundTrip{FORMAT_A8R8G8B8, 72, (144 + 36 + 9 + 1) * 4, 1e-9, 0}));
+    ::testing::Values(RoundTrip{FORMAT_DXT1, 68, 15 * 8, 12, -1}, RoundTrip{FORMAT_DXT1, 72, 15 * 8, 11, -1},
+                      RoundTrip{FORMAT_DXT3, 68, 15 * 16, 12, 5}, RoundTrip{FORMAT_DXT3, 72, 15 * 16, 11, 5},
+                      RoundTrip{FORMAT_DXT5, 68, 15 * 16, 12, 2}, RoundTrip{FORMAT_DXT5, 72, 15 * 16, 11, 2},
+                      RoundTrip{FORMAT_A8R8G8B8, 72, (144 + 36 + 9 + 1) * 4, 1e-9, 0}));
 
 } // namespace
 } // namespace compression

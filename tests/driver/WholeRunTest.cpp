@@ -24,7 +24,7 @@ struct Result {
     std::string console; ///< behind the attribution
 };
 
-Result run(const std::vector<std::string>& arguments) {
+Result run_behind_attribution(const std::vector<std::string>& arguments) {
     std::ostringstream console;
     std::istringstream input;
     const int exit_code = run_tool(arguments, console, input);
@@ -45,7 +45,7 @@ protected:
     Result run_definition(const std::string& xml, std::vector<std::string> switches = {}) {
         folder.write("sets.xml", xml);
         switches.insert(switches.end(), {(folder / "tex"), (folder / "sets.xml"), (folder / "out")});
-        return run(switches);
+        return run_behind_attribution(switches);
     }
 
     TemporaryDirectory folder;
@@ -152,7 +152,7 @@ TEST_F(WholeRun, takes_paths_of_every_kind) {
         const auto given = [&](const char* path) { return c.relative ? std::string(path) : (place / path); };
         if (c.relative)
             std::filesystem::current_path(place.path().string());
-        const Result result = run({given(c.textures), given(c.definition), given(c.output)});
+        const Result result = run_behind_attribution({given(c.textures), given(c.definition), given(c.output)});
         std::filesystem::current_path(before);
         std::string output = c.output;
         std::replace(output.begin(), output.end(), '\\', '/');

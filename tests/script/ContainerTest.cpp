@@ -12,14 +12,11 @@
 #include "script/runtime/ScriptMap.h"
 #include "script/runtime/ScriptVector.h"
 #include "script/value/WrappingClass.h"
+#include "tests/script/NumberValues.h"
 #include "tests/script/RuntimeSupport.h"
 
 namespace kst::script {
 namespace {
-
-ScriptValue number(float value) {
-    return number_value(value);
-}
 
 /// A native function that scripts' containers may call: collects what it is given, and says which is below 3.
 class Collector : public Bound<Collector> {

@@ -11,6 +11,7 @@
 #include "script/runtime/math_functions.h"
 #include "source/utility/math/Rotations.h"
 #include "source/utility/math/geometry.h"
+#include "tests/script/NumberValues.h"
 #include "tests/script/RuntimeSupport.h"
 
 namespace kst::script {
@@ -18,14 +19,6 @@ namespace {
 
 constexpr float pi = std::numbers::pi_v<float>;
 constexpr float inf = std::numeric_limits<float>::infinity();
-const float nan_number = std::nanf("");
-
-ScriptValue number(float value) {
-    return number_value(value);
-}
-ScriptValue v3(float x, float y, float z) {
-    return vector_value({x, y, z});
-}
 
 struct NumberCase {
     const char* function;

@@ -15,6 +15,7 @@
 #include "script/value/ClassVector3.h"
 #include "source/utility/math/Rotations.h"
 #include "source/utility/math/geometry.h"
+#include "tests/script/NumberValues.h"
 #include "tests/script/RuntimeSupport.h"
 
 namespace kst::script {
@@ -23,14 +24,7 @@ namespace {
 constexpr float right_angle = std::numbers::pi_v<float> / 2;
 constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
-const float nan_number = std::nanf("");
 
-ScriptValue number(float value) {
-    return number_value(value);
-}
-ScriptValue v3(float x, float y, float z) {
-    return vector_value({x, y, z});
-}
 ScriptValue i64(std::int64_t value) {
     return int64_value(value);
 }

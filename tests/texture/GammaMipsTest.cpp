@@ -19,15 +19,11 @@ using testing::Each;
 
 constexpr std::array gamma_filters{MipFilter::BOX_GAMMA, MipFilter::KAISER_GAMMA, MipFilter::KAISER_GAMMA_CRISP};
 
-MipChain chain_of(Bitmap base, MipFilter filter, SimdLevel simd = compression::best_simd_level()) {
+MipChain gamma_chain_of(Bitmap base, MipFilter filter, SimdLevel simd = compression::best_simd_level()) {
     MipChain chain;
     chain.push_back(std::move(base));
     filter_mips_gamma(chain, filter, simd);
     return chain;
-}
-
-std::vector<std::uint8_t> bytes(const Bitmap& bitmap) {
-    return {bitmap.pixels().begin(), bitmap.pixels().end()};
 }
 
 std::vector<SimdLevel> levels_of_this_machine() {
@@ -56,14 +52,14 @@ TEST_P(EveryKernel, gives_the_bytes_of_the_plain_loops) {
     for (const auto& picture : pictures)
         for (const MipFilter filter : gamma_filters) {
             const Bitmap base = picture(width, height);
-            std::vector<std::vector<std::uint8_t>> expected{bytes(base)};
+            std::vector<std::vector<std::uint8_t>> expected{pictures::bytes(base)};
             for (std::size_t level = 1; level < full_level_count(width, height); ++level)
-                expected.push_back(bytes(literal::gamma_level(base, filter, static_cast<int>(level))));
+                expected.push_back(pictures::bytes(literal::gamma_level(base, filter, static_cast<int>(level))));
             for (const SimdLevel simd : levels_of_this_machine()) {
-                const MipChain chain = chain_of(picture(width, height), filter, simd);
+                const MipChain chain = gamma_chain_of(picture(width, height), filter, simd);
                 ASSERT_EQ(chain.size(), expected.size());
                 for (std::size_t level = 0; level < chain.size(); ++level)
-                    EXPECT_EQ(bytes(chain[level]), expected[level])
+                    EXPECT_EQ(pictures::bytes(chain[level]), expected[level])
                         << keyword_of(filter) << " level " << level << " kernel " << static_cast<int>(simd);
             }
         }
@@ -78,19 +74,19 @@ TEST(GammaMips, keep_white_white_and_black_black) {
     for (const MipFilter filter : gamma_filters)
         for (const std::uint8_t byte : {std::uint8_t{0}, std::uint8_t{255}})
             for (const auto [width, height] : {Size{256, 256}, Size{100, 3}, Size{1, 70}})
-                for (const Bitmap& level : chain_of(pictures::flat(width, height, byte), filter))
-                    EXPECT_THAT(bytes(level), Each(byte)) << keyword_of(filter) << width << "x" << height;
+                for (const Bitmap& level : gamma_chain_of(pictures::flat(width, height, byte), filter))
+                    EXPECT_THAT(pictures::bytes(level), Each(byte)) << keyword_of(filter) << width << "x" << height;
 }
 
 TEST(GammaMips, average_in_linear_light) {
     Bitmap base = pictures::flat(2, 1, 0);
     for (std::size_t i = 4; i < 8; ++i)
         base.pixels()[i] = 255;
-    EXPECT_THAT(bytes(chain_of(std::move(base), MipFilter::BOX_GAMMA)[1]), Each(186));
+    EXPECT_THAT(pictures::bytes(gamma_chain_of(std::move(base), MipFilter::BOX_GAMMA)[1]), Each(186));
 }
 
 TEST(GammaMips, of_one_pixel_are_that_pixel) {
-    EXPECT_EQ(chain_of(pictures::flat(1, 1, 9), MipFilter::KAISER_GAMMA).size(), 1u);
+    EXPECT_EQ(gamma_chain_of(pictures::flat(1, 1, 9), MipFilter::KAISER_GAMMA).size(), 1u);
 }
 
 TEST(GammaMips, replace_levels_that_are_there) {
@@ -102,17 +98,18 @@ TEST(GammaMips, replace_levels_that_are_there) {
     EXPECT_EQ(chain[1].width(), 2);
     EXPECT_EQ(chain[1].height(), 1);
     EXPECT_EQ(chain[2].width(), 1);
-    EXPECT_THAT(bytes(chain[1]), Each(77));
+    EXPECT_THAT(pictures::bytes(chain[1]), Each(77));
 }
 
 TEST(GammaMips, of_a_grey_picture_are_grey) {
     Bitmap base = pictures::noise(33, 20);
     for (std::size_t i = 0; i < base.pixels().size(); i += 4)
         base.pixels()[i + 2] = base.pixels()[i];
-    const MipChain chain = chain_of(std::move(base), MipFilter::KAISER_GAMMA_CRISP);
+    const MipChain chain = gamma_chain_of(std::move(base), MipFilter::KAISER_GAMMA_CRISP);
     for (std::size_t level = 1; level < chain.size(); ++level)
-        EXPECT_EQ(bytes(chain[level]),
-                  bytes(literal::gamma_level(chain[0], MipFilter::KAISER_GAMMA_CRISP, static_cast<int>(level))));
+        EXPECT_EQ(
+            pictures::bytes(chain[level]),
+            pictures::bytes(literal::gamma_level(chain[0], MipFilter::KAISER_GAMMA_CRISP, static_cast<int>(level))));
 }
 
 // A sum half-way between two floats is no matter for a short cut.

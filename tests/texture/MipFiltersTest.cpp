@@ -14,10 +14,6 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-std::vector<std::uint8_t> bytes(const Bitmap& bitmap) {
-    return {bitmap.pixels().begin(), bitmap.pixels().end()};
-}
-
 Bitmap copy_of(const Bitmap& bitmap) {
     return *bitmap.copy(0, 0, bitmap.width(), bitmap.height());
 }
@@ -57,8 +53,9 @@ TEST(PointSampling, takes_the_first_stored_pixel_of_each_block) {
             base.pixels()[i * 4 + c] = static_cast<std::uint8_t>(10 * i + c);
     const MipChain chain = chain_of(std::move(base), MipFilter::NEAREST_NEIGHBOUR);
     ASSERT_EQ(chain.size(), 3u);
-    EXPECT_THAT(bytes(chain[1]), ElementsAre(0, 1, 2, 3, 20, 21, 22, 23, 100, 101, 102, 103, 120, 121, 122, 123));
-    EXPECT_THAT(bytes(chain[2]), ElementsAre(0, 1, 2, 3));
+    EXPECT_THAT(pictures::bytes(chain[1]),
+                ElementsAre(0, 1, 2, 3, 20, 21, 22, 23, 100, 101, 102, 103, 120, 121, 122, 123));
+    EXPECT_THAT(pictures::bytes(chain[2]), ElementsAre(0, 1, 2, 3));
 }
 
 struct Way {
@@ -73,8 +70,9 @@ TEST_P(Rescaling, makes_every_level_from_level_0) {
     ASSERT_EQ(chain.size(), 6u);
     for (std::size_t level = 1; level < chain.size(); ++level) {
         const Bitmap expected = chain[0].rescale(40 >> level, std::max(25 >> level, 1), GetParam().rescale);
-        EXPECT_EQ(bytes(chain[level]), bytes(expected)) << level;
-        EXPECT_EQ(bytes(resample_level(level, chain[0], GetParam().filter)), bytes(expected)) << level;
+        EXPECT_EQ(pictures::bytes(chain[level]), pictures::bytes(expected)) << level;
+        EXPECT_EQ(pictures::bytes(resample_level(level, chain[0], GetParam().filter)), pictures::bytes(expected))
+            << level;
     }
 }
 
@@ -94,18 +92,18 @@ TEST(Sharpening, stands_before_or_behind_the_rescaling) {
         const auto rescale = [&](const Bitmap& from) {
             return from.rescale(24 >> level, std::max(16 >> level, 1), RescaleFilter::catmull_rom);
         };
-        EXPECT_EQ(bytes(after[level]), bytes(sharpen(rescale(base), soft_sharpen)));
-        EXPECT_EQ(bytes(before[level]), bytes(rescale(sharpen(base, soft_sharpen))));
-        EXPECT_EQ(bytes(hard[level]), bytes(rescale(sharpen(base, hard_sharpen))));
+        EXPECT_EQ(pictures::bytes(after[level]), pictures::bytes(sharpen(rescale(base), soft_sharpen)));
+        EXPECT_EQ(pictures::bytes(before[level]), pictures::bytes(rescale(sharpen(base, soft_sharpen))));
+        EXPECT_EQ(pictures::bytes(hard[level]), pictures::bytes(rescale(sharpen(base, hard_sharpen))));
     }
-    EXPECT_EQ(bytes(before[0]), bytes(base)) << "level 0 stays as it was";
+    EXPECT_EQ(pictures::bytes(before[0]), pictures::bytes(base)) << "level 0 stays as it was";
 }
 
 TEST(Sharpening, follows_the_matrices_up_to_the_edges) {
     for (const auto& [width, height] : {std::pair{1, 1}, {2, 3}, {9, 1}, {1, 6}, {17, 12}})
         for (const Bitmap& source : {pictures::noise(width, height), pictures::hard_edges(width, height)}) {
-            EXPECT_EQ(bytes(sharpen(source, soft_sharpen)), sharpened_by_rules(source, soft_sharpen, 0.125f));
-            EXPECT_EQ(bytes(sharpen(source, hard_sharpen)), sharpened_by_rules(source, hard_sharpen, 1.0f));
+            EXPECT_EQ(pictures::bytes(sharpen(source, soft_sharpen)), sharpened_by_rules(source, soft_sharpen, 0.125f));
+            EXPECT_EQ(pictures::bytes(sharpen(source, hard_sharpen)), sharpened_by_rules(source, hard_sharpen, 1.0f));
         }
 }
 
@@ -129,7 +127,7 @@ TEST(FilterMips, keep_flat_pictures_flat) {
             if (mip_way(filter) != MipWay::bitmap)
                 continue;
             for (const Bitmap& level : chain_of(pictures::flat(20, 6, byte), filter))
-                EXPECT_THAT(bytes(level), Each(byte)) << word;
+                EXPECT_THAT(pictures::bytes(level), Each(byte)) << word;
         }
 }
 
@@ -150,13 +148,13 @@ TEST(TagMips, tint_levels_in_turn_and_spare_level_0_and_alpha) {
     for (int level = 0; level < 12; ++level)
         chain.push_back(pictures::flat(1, 1, 10));
     tag_mip_levels(chain);
-    EXPECT_THAT(bytes(chain[0]), Each(10));
-    EXPECT_THAT(bytes(chain[1]), ElementsAre(1, 1, 206, 10)) << "red";
-    EXPECT_THAT(bytes(chain[2]), ElementsAre(1, 206, 1, 10)) << "green";
-    EXPECT_THAT(bytes(chain[3]), ElementsAre(206, 1, 1, 10)) << "blue";
-    EXPECT_THAT(bytes(chain[4]), ElementsAre(199, 83, 196, 10)) << "243, 102, 247";
-    EXPECT_THAT(bytes(chain[10]), ElementsAre(206, 1, 206, 10));
-    EXPECT_THAT(bytes(chain[11]), ElementsAre(1, 1, 206, 10)) << "the table starts anew";
+    EXPECT_THAT(pictures::bytes(chain[0]), Each(10));
+    EXPECT_THAT(pictures::bytes(chain[1]), ElementsAre(1, 1, 206, 10)) << "red";
+    EXPECT_THAT(pictures::bytes(chain[2]), ElementsAre(1, 206, 1, 10)) << "green";
+    EXPECT_THAT(pictures::bytes(chain[3]), ElementsAre(206, 1, 1, 10)) << "blue";
+    EXPECT_THAT(pictures::bytes(chain[4]), ElementsAre(199, 83, 196, 10)) << "243, 102, 247";
+    EXPECT_THAT(pictures::bytes(chain[10]), ElementsAre(206, 1, 206, 10));
+    EXPECT_THAT(pictures::bytes(chain[11]), ElementsAre(1, 1, 206, 10)) << "the table starts anew";
 }
 
 TEST(TagMips, lose_nothing_to_rounding_at_the_ends) {

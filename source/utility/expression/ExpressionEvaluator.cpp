@@ -1,5 +1,6 @@
 #include "source/utility/expression/ExpressionEvaluator.h"
 
+#include "source/utility/ascii.h"
 #include "source/utility/expression/ExpressionOperators.h"
 
 #include <bit>
@@ -13,21 +14,8 @@
 namespace kst {
 namespace {
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 bool is_identifier_start(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-
-/// What a number becomes that is out of range: nothing, or infinite. The exponent tells, or else whether a digit other
-/// than 0 stands ahead of the point.
-float out_of_range_value(std::string_view number) {
-    const std::size_t exponent = number.find_first_of("eE");
-    const bool is_small = exponent != std::string_view::npos ? number.substr(exponent + 1).starts_with('-')
-                                                             : number.find_first_of("123456789") > number.find('.');
-    return is_small ? 0.0f : std::numeric_limits<float>::infinity();
 }
 
 /// What leads the digits.
@@ -86,7 +74,7 @@ private:
             return false;
         }
         if (c == '(' || c == ')') {
-            token = {c == '(' ? Token::open : Token::close};
+            token = {c == '(' ? Token::opening : Token::closing};
             after_value_ = c == ')';
             text_.remove_prefix(1);
             return true;
@@ -172,10 +160,10 @@ public:
             instructions_.push_back({ExpressionProgram::Instruction::push_variable, token.index});
             constant_ = constant_ && evaluator_.variable_is_constant_[token.index];
             break;
-        case Token::open:
+        case Token::opening:
             ++level_;
             break;
-        case Token::close:
+        case Token::closing:
             --level_;
             break;
         case Token::operation:

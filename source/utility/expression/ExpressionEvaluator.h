@@ -90,7 +90,7 @@ private:
         bool not_constant;
     };
     struct Token {
-        enum Kind : std::int32_t { number = 0, operation = 1, variable = 2, open = 3, close = 4 } kind;
+        enum Kind : std::int32_t { number = 0, operation = 1, variable = 2, opening = 3, closing = 4 } kind;
         std::uint32_t index = 0;
         float value = 0;
     };

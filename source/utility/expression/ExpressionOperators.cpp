@@ -89,7 +89,7 @@ constexpr auto negated = unary<[](Value a) { return Value{-a.x, -a.y, -a.z}; }>;
 constexpr auto inverted = unary<[](Value a) { return truth(a.x == 0); }>;
 constexpr auto size_of = unary<[](Value a) { return broadcast(length(a)); }>;
 
-constexpr std::array table{
+constexpr std::array operator_table{
     BuiltInOperator{";", 0, [](Stack& stack) { stack.clear(); }},
     BuiltInOperator{",", 1, nothing},
     BuiltInOperator{"||", 4, either},
@@ -134,7 +134,7 @@ constexpr std::array table{
 } // namespace
 
 std::span<const BuiltInOperator> built_in_operators() {
-    return table;
+    return operator_table;
 }
 
 } // namespace kst

@@ -10,10 +10,8 @@
 
 namespace kst {
 
-namespace {
-
 /// Gives the bytes of an archive one by one, reading it in blocks.
-class ByteReader {
+class BundleDirectory::ByteReader {
 public:
     explicit ByteReader(Archive archive) : archive_(std::move(archive)) { archive_.set_position(0); }
 
@@ -34,10 +32,10 @@ public:
         return value;
     }
 
-    std::string name(std::size_t most_bytes) {
+    std::string name(std::size_t longest) {
         std::string text;
         while (const std::uint8_t c = byte()) {
-            if (text.size() == most_bytes)
+            if (text.size() == longest)
                 fail("a path in the directory is too long");
             text.push_back(static_cast<char>(c));
         }
@@ -60,8 +58,6 @@ private:
     std::size_t next_ = 0;
     std::size_t filled_ = 0;
 };
-
-} // namespace
 
 /// Reads the entries of all levels in one loop, so that deep nesting costs no stack.
 class BundleDirectory::Reader {

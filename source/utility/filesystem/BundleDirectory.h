@@ -84,6 +84,7 @@ public:
     const BundleEntry& root() const { return entries_.front(); }
 
 private:
+    class ByteReader;
     class Reader;
 
     const BundleEntry* walk(std::string_view normalized) const;

@@ -10,7 +10,7 @@ namespace kst {
 
 namespace {
 
-constexpr std::size_t copy_block = 65'536;
+constexpr std::size_t extracted_block = 65'536;
 
 void make_sure_of_directory(const std::string& path) {
     platform::PathInfo info;
@@ -24,7 +24,7 @@ void write_file(const BundleEntry& entry, const Archive& bundle, const std::stri
     if (!file.is_valid())
         throw_disk_error("Cannot open " + path);
     Archive data(bundle, entry.offset, entry.size, /*unbounded=*/false);
-    std::vector<std::byte> block(std::min(copy_block, static_cast<std::size_t>(entry.size)));
+    std::vector<std::byte> block(std::min(extracted_block, static_cast<std::size_t>(entry.size)));
     while (data.position() < data.size()) {
         const std::int64_t at = data.position();
         const std::size_t bytes =

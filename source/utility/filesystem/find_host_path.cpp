@@ -1,5 +1,6 @@
 #include "source/utility/filesystem/find_host_path.h"
 
+#include "source/utility/ascii.h"
 #include "source/utility/platform/Directory.h"
 #include "source/utility/platform/HostPath.h"
 
@@ -12,10 +13,6 @@ namespace kst {
 namespace {
 
 using platform::PathResult;
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 bool equal_in_any_case(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });

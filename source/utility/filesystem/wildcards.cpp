@@ -1,15 +1,13 @@
 #include "source/utility/filesystem/wildcards.h"
 
+#include "source/utility/ascii.h"
+
 #include <algorithm>
 #include <cstddef>
 
 namespace kst {
 
 namespace {
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 /// Length in bytes of the UTF-8 character at `at`; 1 for a byte that begins none.
 std::size_t character_length(std::string_view name, std::size_t at) {

@@ -9,13 +9,13 @@ namespace kst {
 namespace {
 
 constexpr std::uint32_t yellow = 0x00FFFF00;
-constexpr std::uint32_t blue = 0x000000FF;
+constexpr std::uint32_t pure_blue = 0x000000FF;
 
 void fill_quadrants(std::uint8_t* out, std::uint32_t width, std::uint32_t height) {
     for (std::uint32_t y = 0; y < height; ++y)
         for (std::uint32_t x = 0; x < width; ++x, out += sizeof(yellow)) {
             const bool on_diagonal = (x < width / 2) == (y < height / 2);
-            std::memcpy(out, on_diagonal ? &yellow : &blue, sizeof(yellow));
+            std::memcpy(out, on_diagonal ? &yellow : &pure_blue, sizeof(yellow));
         }
 }
 

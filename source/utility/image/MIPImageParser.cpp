@@ -11,7 +11,7 @@
 namespace kst {
 namespace {
 
-constexpr std::uint32_t magic = 0x3250494D; // "MIP2"
+constexpr std::uint32_t mip_magic = 0x3250494D; // "MIP2"
 constexpr std::uint32_t older_magic = 0x4B53C446;
 constexpr std::uint32_t palette_offset = 24;
 constexpr std::size_t palette_entries = 256;
@@ -26,9 +26,9 @@ void MIPImageParser::open() {
     older_ = word_32(start, 0) == older_magic;
     if (older_)
         read_older_header();
-    else if (word_32(start, 0) == magic)
+    else if (word_32(start, 0) == mip_magic)
         read_header();
-    if ((!older_ && word_32(start, 0) != magic) || description_.format >= image_format_count)
+    if ((!older_ && word_32(start, 0) != mip_magic) || description_.format >= image_format_count)
         throw ErrorWithCStack(file_name() + " appears to be corrupted, or has the wrong file format");
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t header_size = 18;
 constexpr std::uint8_t right_to_left = 16;
 constexpr std::uint8_t top_to_bottom = 32;
-constexpr std::size_t palette_entries = 256;
+constexpr std::size_t most_palette_entries = 256;
 
 /// A pixel depth, the alpha bits that it must come with, and its format.
 struct Depth {
@@ -80,7 +80,7 @@ std::size_t TargaImageParser::bytes_per_pixel() const {
 void TargaImageParser::read_palette(std::uint32_t* palette) {
     const std::size_t entry_bytes = bytes_of(header_.colormap_depth);
     const std::size_t count = header_.colormap_length;
-    if (header_.colormap_first + count > palette_entries)
+    if (header_.colormap_first + count > most_palette_entries)
         throw ImageParserException(file_name(), "Color map exceeds 256 entries");
     const std::vector<std::uint8_t> bytes = read_block(archive_, file_name(), count * entry_bytes);
     const std::uint32_t top = entry_bytes == 3 ? 0xFF000000 : 0;

@@ -1,29 +1,11 @@
 #include "source/utility/math/GQuat.h"
 
+#include "source/utility/math/quaternion_sums.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace kst {
-
-namespace {
-
-/// The product of two floats, which double precision holds exactly.
-double product(float a, float b) {
-    return static_cast<double>(a) * static_cast<double>(b);
-}
-
-double exact_dot(const GQuat& p, const GQuat& q) {
-    return product(p.x, q.x) + product(p.y, q.y) + product(p.z, q.z) + product(p.w, q.w);
-}
-
-GQuat weighted_sum(double wp, const GQuat& p, double wq, const GQuat& q) {
-    const auto sum = [&](float a, float b) {
-        return static_cast<float>(wp * static_cast<double>(a) + wq * static_cast<double>(b));
-    };
-    return {sum(p.x, q.x), sum(p.y, q.y), sum(p.z, q.z), sum(p.w, q.w)};
-}
-
-} // namespace
 
 float dot(const GQuat& p, const GQuat& q) {
     return static_cast<float>(exact_dot(p, q));

@@ -1,25 +1,10 @@
 #include "source/utility/math/SlerpArc.h"
 
+#include "source/utility/math/quaternion_sums.h"
+
 #include <cmath>
 
 namespace kst {
-
-namespace {
-
-GQuat weighted_sum(double wp, const GQuat& p, double wq, const GQuat& q) {
-    const auto sum = [&](float a, float b) {
-        return static_cast<float>(wp * static_cast<double>(a) + wq * static_cast<double>(b));
-    };
-    return {sum(p.x, q.x), sum(p.y, q.y), sum(p.z, q.z), sum(p.w, q.w)};
-}
-
-/// In double precision, which holds each product exactly.
-double exact_dot(const GQuat& p, const GQuat& q) {
-    const auto product = [](float a, float b) { return static_cast<double>(a) * static_cast<double>(b); };
-    return product(p.x, q.x) + product(p.y, q.y) + product(p.z, q.z) + product(p.w, q.w);
-}
-
-} // namespace
 
 SlerpArc::SlerpArc(const GQuat& p, const GQuat& q) : from_(p), to_(q) {
     const double c = exact_dot(p, q);

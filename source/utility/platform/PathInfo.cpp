@@ -21,6 +21,11 @@ PathResult path_info(const std::string& path, PathInfo& info) {
     return PathResult::ok;
 }
 
+bool is_directory(const std::string& path) {
+    PathInfo info;
+    return path_info(path, info) == PathResult::ok && info.is_directory;
+}
+
 bool is_link(const std::string& path) {
     struct stat status = {};
     return is_host_path(path) && ::lstat(host_path(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);

@@ -26,6 +26,9 @@ enum class PathResult { ok, missing, failed };
 
 PathResult path_info(const std::string& path, PathInfo& info);
 
+/// False too for what the host does not tell of.
+bool is_directory(const std::string& path);
+
 /// The path itself is a symbolic link, wherever it leads.
 bool is_link(const std::string& path);
 

@@ -1,3 +1,4 @@
+#include "source/utility/ascii.h"
 #include "source/utility/expression/ExpressionEvaluator.h"
 #include "source/utility/xml/XMLParseContext.h"
 
@@ -11,14 +12,6 @@ namespace {
 
 bool is_name_character(char c) {
     return c != ':' && xml_byte_is(c, XML_BYTE_NAME);
-}
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string_view::npos)
-        return {};
-    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
 /// A text that is searched from front to back and changed at the place of the search. What lies behind the search

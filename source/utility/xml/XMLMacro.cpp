@@ -1,18 +1,12 @@
 #include "source/utility/xml/XMLMacro.h"
 
+#include "source/utility/ascii.h"
+
 #include <algorithm>
 #include <numeric>
 
 namespace kst {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string_view::npos)
-        return {};
-    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
-}
 
 std::string marked(char mark, std::string_view name) {
     return std::string(1, mark).append(name);

@@ -1,18 +1,15 @@
 #include "source/utility/xml/XmlParameters.h"
 
+#include "source/utility/ascii.h"
+
 #include <algorithm>
 #include <charconv>
-#include <limits>
 #include <optional>
 
 namespace kst {
 namespace {
 
 constexpr std::string_view white_space = " \t\n\v\f\r";
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 void skip_white_space(std::string_view& text) {
     text.remove_prefix(std::min(text.size(), text.find_first_not_of(white_space)));
@@ -24,16 +21,6 @@ bool take_sign(std::string_view& text) {
     if (minus || text.starts_with('+'))
         text.remove_prefix(1);
     return minus;
-}
-
-/// What a float becomes that is out of range: nothing, or infinite. The exponent tells, or else whether a digit other
-/// than 0 stands ahead of the point.
-float out_of_range_value(std::string_view number) {
-    const std::size_t exponent = number.find_first_of("eE");
-    if (exponent != std::string_view::npos)
-        return number.substr(exponent + 1).starts_with('-') ? 0.0f : std::numeric_limits<float>::infinity();
-    const std::size_t digit = number.find_first_of("123456789");
-    return digit < number.find('.') ? std::numeric_limits<float>::infinity() : 0.0f;
 }
 
 /// Takes the decimal number off the front, after white space; nothing if there is none.

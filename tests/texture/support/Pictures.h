@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <random>
+#include <vector>
 
 /// Pictures for the filters.
 namespace mosaicer::pictures {
@@ -14,6 +15,10 @@ inline Bitmap flat(std::int32_t width, std::int32_t height, std::uint8_t byte) {
     for (std::uint8_t& value : bitmap.pixels())
         value = byte;
     return bitmap;
+}
+
+inline std::vector<std::uint8_t> bytes(const Bitmap& bitmap) {
+    return {bitmap.pixels().begin(), bitmap.pixels().end()};
 }
 
 inline Bitmap noise(std::int32_t width, std::int32_t height, std::uint32_t seed = 1) {
