@@ -42,6 +42,12 @@ function(mosaicer_add_room target)
   set_property(GLOBAL APPEND PROPERTY MOSAICER_ROOMS ${target})
 endfunction()
 
+# For programs whose sources each include more of libraries than they say themselves: a few of them are compiled as one.
+# Names in their anonymous namespaces must differ; those of the rooms too, which presets for checks build like this.
+function(mosaicer_compile_together target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+endfunction()
+
 # One test program a room; ctest runs it as one test.
 #   mosaicer_add_tests(packing ORACLES SOURCES AtlasSurfaceTest.cpp LINK mosaicer::packing)
 # Under sanitizers the optimiser takes longer than tests that run once win back. ORACLES keeps it, for those that hold
@@ -52,6 +58,7 @@ function(mosaicer_add_tests room)
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LINK} GTest::gmock GTest::gtest_main)
   mosaicer_compile_settings(${target})
+  mosaicer_compile_together(${target})
   if(MOSAICER_SANITIZE AND NOT ARG_ORACLES)
     target_compile_options(${target} PRIVATE -O0)
   endif()
