@@ -9,12 +9,19 @@ cmake --preset fuzz >/dev/null
 # The targets and what they rest on, not the programs.
 mapfile -t targets < <(sed -n 's/^mosaicer_add_fuzz_target(\([a-z_]*\) .*/fuzz_\1/p' fuzz/CMakeLists.txt)
 cmake --build --preset fuzz --target "${targets[@]}"
-for target in build/fuzz/fuzz/fuzz_*; do
-  [ -f "$target" ] && [ -x "$target" ] || continue
-  name=$(basename "$target"); name=${name#fuzz_}
+
+fuzz() {
+  target=$1 name=${1##*/fuzz_}
   corpus=build/fuzz/corpus/$name
   mkdir -p "$corpus"
-  echo "-- $name"
+  # What a target prints is shown when it ends, as others run beside it.
+  status=0
   "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 -print_final_stats=0 -verbosity=0 \
-    -artifact_prefix="build/fuzz/$name-" "$corpus" "fuzz/seeds/$name"
-done
+    -artifact_prefix="build/fuzz/$name-" "$corpus" "fuzz/seeds/$name" >"build/fuzz/$name.log" 2>&1 || status=$?
+  echo "-- $name"
+  cat "build/fuzz/$name.log"
+  return $status
+}
+export -f fuzz
+export seconds
+printf 'build/fuzz/fuzz/%s\0' "${targets[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'fuzz "$0" || exit 255'
