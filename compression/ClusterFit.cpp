@@ -4,6 +4,7 @@
 #include "compression/LatticeSearch.h"
 #include "compression/LineFit.h"
 #include "compression/SolidColour.h"
+#include "compression/Symmetric.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,19 +18,8 @@ void hold_to_unit(double& value) {
     value = value > 0.0 ? std::min(value, 1.0) : 0.0; // also where it is no number
 }
 
-struct Symmetric {
-    double xx, xy, xz, yy, yz, zz;
-
-    double trace() const { return xx + yy + zz; }
-    Symmetric squared() const {
-        return {xx * xx + xy * xy + xz * xz, xx * xy + xy * yy + xz * yz, xx * xz + xy * yz + xz * zz,
-                xy * xy + yy * yy + yz * yz, xy * xz + yy * yz + yz * zz, xz * xz + yz * yz + zz * zz};
-    }
-    Symmetric scaled(double s) const { return {xx * s, xy * s, xz * s, yy * s, yz * s, zz * s}; }
-};
-
 Vector3 principal_axis(std::span<const Vector3> pixels) {
-    Symmetric m{};
+    Symmetric<double> m{};
     for (const Vector3& q : pixels) {
         m.xx += q[0] * q[0];
         m.xy += q[0] * q[1];

@@ -1,6 +1,7 @@
 #include "compression/FastFit.h"
 
 #include "compression/ColourLattice.h"
+#include "compression/Symmetric.h"
 
 #include <algorithm>
 #include <bit>
@@ -15,18 +16,6 @@ using Vector3f = std::array<float, 3>;
 float dot(const Vector3f& a, const Vector3f& b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
-
-/// A symmetric 3 by 3 matrix.
-struct Symmetric {
-    float xx, xy, xz, yy, yz, zz;
-
-    float trace() const { return xx + yy + zz; }
-    Symmetric squared() const {
-        return {xx * xx + xy * xy + xz * xz, xx * xy + xy * yy + xz * yz, xx * xz + xy * yz + xz * zz,
-                xy * xy + yy * yy + yz * yz, xy * xz + yy * yz + yz * zz, xz * xz + yz * yz + zz * zz};
-    }
-    Symmetric scaled(float s) const { return {xx * s, xy * s, xz * s, yy * s, yz * s, zz * s}; }
-};
 
 void fast_solid(BlockContext& block) {
     for (std::size_t c = 0; c < 3; ++c) {
@@ -61,7 +50,7 @@ struct CentredPixels {
 
 // False: no extent.
 bool find_axis(const CentredPixels& centred, Vector3f& axis) {
-    Symmetric m{};
+    Symmetric<float> m{};
     for (std::size_t i = 0; i < centred.count; ++i) {
         const Vector3f& q = centred.pixels[i];
         m.xx += q[0] * q[0];
