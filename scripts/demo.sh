@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh
 cmake --preset release -DMOSAICER_BUILD_TESTS=OFF -B build/demo >/dev/null
-cmake --build build/demo
+cmake --build build/demo --target mosaicer
 
 out=out/demo
 rm -rf "$out"
