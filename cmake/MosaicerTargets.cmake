@@ -46,6 +46,10 @@ endfunction()
 # Names in their anonymous namespaces must differ; those of the rooms too, which presets for checks build like this.
 function(mosaicer_compile_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+  if(MOSAICER_SANITIZE)
+    # What takes the compiler longest and finds least in what is mostly libraries' code; the rooms keep it.
+    target_compile_options(${target} PRIVATE -fno-sanitize=vptr,null,alignment)
+  endif()
 endfunction()
 
 # One test program a room; ctest runs it as one test.
@@ -59,10 +63,6 @@ function(mosaicer_add_tests room)
   target_link_libraries(${target} PRIVATE ${ARG_LINK} GTest::gmock GTest::gtest_main)
   mosaicer_compile_settings(${target})
   mosaicer_compile_together(${target})
-  if(MOSAICER_SANITIZE)
-    # What takes the compiler longest and finds least in code that runs nowhere else; the rooms keep it.
-    target_compile_options(${target} PRIVATE -fno-sanitize=vptr,null,alignment)
-  endif()
   if(MOSAICER_SANITIZE AND NOT ARG_ORACLES)
     target_compile_options(${target} PRIVATE -O0)
   elseif(NOT ARG_ORACLES)
