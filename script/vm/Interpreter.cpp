@@ -7,12 +7,11 @@
 #include "script/vm/ScriptedClass.h"
 
 // What the loop is made of is one function in the end. Its variables live in registers only as long as none of its parts
-// is called for real, and nobody else is given its address: steps are members of the machine. Builds for debugging and
-// checks keep the parts apart, which they compile many times faster.
-#ifdef NDEBUG
-#define IN_LOOP [[gnu::always_inline]] inline
-#else
+// is called for real, and nobody else is given its address: steps are members of the machine.
+#ifdef MOSAICER_LOOP_IN_PARTS
 #define IN_LOOP inline
+#else
+#define IN_LOOP [[gnu::always_inline]] inline
 #endif
 
 /// The three forms of an operation on numbers.
