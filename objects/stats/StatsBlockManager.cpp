@@ -7,6 +7,7 @@
 
 #include "objects/stats/StatsBlockValues.h"
 #include "script/value/numbers.h"
+#include "source/utility/ascii.h"
 #include "source/utility/filesystem/VirtualFileSystem.h"
 #include "source/utility/xml/XMLDocument.h"
 
@@ -19,14 +20,6 @@ StatsBlockManager* current_manager = nullptr;
 /// Deeper trees are links that lead in circles through names.
 constexpr int depth_limit = 64;
 
-std::string lower_case(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return lower;
-}
-
 void set_default(StatsBlock::Value& value, std::string_view text) {
     using Kind = StatsBlock::Value::Kind;
     switch (value.kind()) {
@@ -38,7 +31,7 @@ void set_default(StatsBlock::Value& value, std::string_view text) {
         value.set_string(std::string(text));
         break;
     case Kind::boolean:
-        value.set_bool(lower_case(text) == "true");
+        value.set_bool(lowered(text) == "true");
         break;
     default:
         break;
@@ -123,7 +116,7 @@ void StatsBlockManager::read_block(const XMLNode& node, const std::string& file)
             fault("a variable of block " + name + " without name or type");
             continue;
         }
-        const auto kind = kind_of(lower_case(variable.parameter("type")));
+        const auto kind = kind_of(lowered(variable.parameter("type")));
         if (!kind)
             return fault("block " + name + " has a variable of unknown type " +
                          std::string(variable.parameter("type")));

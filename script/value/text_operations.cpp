@@ -5,12 +5,12 @@
 #include "script/value/DSError.h"
 #include "script/value/numbers.h"
 #include "script/value/utf16.h"
+#include "source/utility/ascii.h"
 
 namespace kst::script {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
 /// The characters of the four values of two bits.
 constexpr std::string_view bit_blanks = "\t\n\r ";
 
@@ -86,10 +86,7 @@ std::int64_t index_of(std::string_view text, std::string_view wanted) {
 }
 
 std::string strip_blanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
+    return std::string(trimmed(text));
 }
 
 std::string repeat(std::string_view text, float times) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <limits>
+#include <string>
 #include <string_view>
 
 namespace kst {
@@ -14,6 +15,13 @@ constexpr bool is_digit(char c) {
 /// Other bytes than capital letters stay.
 constexpr char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+inline std::string lowered(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        c = lower(c);
+    return result;
 }
 
 /// Without spaces, tabs and line ends at both ends.

@@ -13,9 +13,7 @@ namespace {
 constexpr std::size_t extracted_block = 65'536;
 
 void make_sure_of_directory(const std::string& path) {
-    platform::PathInfo info;
-    const bool is_there = platform::path_info(path, info) == platform::PathResult::ok && info.is_directory;
-    if (!is_there && !platform::make_directory(path))
+    if (!platform::is_directory(path) && !platform::make_directory(path))
         throw_disk_error("Cannot make directory " + path);
 }
 

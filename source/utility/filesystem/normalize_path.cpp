@@ -1,5 +1,7 @@
 #include "source/utility/filesystem/normalize_path.h"
 
+#include "source/utility/ascii.h"
+
 namespace kst {
 
 namespace {
@@ -9,9 +11,7 @@ bool is_separator(char c) {
 }
 
 char normalized(char c) {
-    if (c >= 'A' && c <= 'Z')
-        return static_cast<char>(c - 'A' + 'a');
-    return c == '/' ? '\\' : c;
+    return c == '/' ? '\\' : lower(c);
 }
 
 } // namespace

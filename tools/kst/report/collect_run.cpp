@@ -270,8 +270,7 @@ Rectangle inner_rectangle(const std::array<float, 4>& mapping, bool tiled_u, boo
 }
 
 RunRecord collect_run(const std::string& output_root) {
-    platform::PathInfo info;
-    if (platform::path_info(output_root, info) != platform::PathResult::ok || !info.is_directory)
+    if (!platform::is_directory(output_root))
         throw std::runtime_error("cannot read " + output_root + ": there is no such directory");
     RunRecord run;
     Walk(run).visit(output_root, "");
