@@ -66,14 +66,15 @@ void StatsBlockManager::scan(VirtualFileSystem& files, const std::string& direct
             return;
         scanned_.insert(place, info.identity);
     }
+    const std::string inside = directory + "/";
     std::vector<std::string> names;
     files.list(names, directory, "sb_*.xml", /*want_directories=*/false);
     for (const std::string& name : names)
-        read_file(directory + "/" + name);
+        read_file(inside + name);
     names.clear();
     files.list(names, directory, "*.*", /*want_directories=*/true);
     for (const std::string& name : names) {
-        const std::string path = directory + "/" + name;
+        const std::string path = inside + name;
         if (depth < depth_limit)
             scan(files, path, depth + 1);
         else

@@ -10,6 +10,7 @@ namespace kst::platform {
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): the comparison's own 0 is no pointer
     auto operator<=>(const FileIdentity&) const = default;
 };
 
